@@ -1,0 +1,42 @@
+find_package(Threads REQUIRED)
+
+# Flags that every target of the project is built with. Numbers are part of the level format, so nothing that lets the
+# compiler change a result (fast-math, fused multiply-add, wider intermediates) may stand here.
+add_library(k2k_flags INTERFACE)
+target_compile_options(k2k_flags INTERFACE
+  -Wall -Wextra -Wconversion -Wno-sign-conversion -Wshadow -ffp-contract=off
+  $<$<BOOL:${K2K_WERROR}>:-Werror>)
+target_include_directories(k2k_flags INTERFACE ${CMAKE_SOURCE_DIR}/src)
+if(K2K_SANITIZE)
+  target_compile_options(k2k_flags INTERFACE -fsanitize=${K2K_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(k2k_flags INTERFACE -fsanitize=${K2K_SANITIZE})
+endif()
+
+# k2k_library(NAME DEPENDS a b): the library k2k_NAME of all .cpp files in the current folder; DEPENDS names the folders
+# below it, and those are the only ones whose headers it may include (tests/architecture holds the sources against it).
+function(k2k_library name)
+  cmake_parse_arguments(ARG "" "" "DEPENDS;LINKS" ${ARGN})
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  if(NOT sources)
+    file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp "")
+    set(sources ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp)
+  endif()
+  add_library(k2k_${name} STATIC ${sources})
+  target_link_libraries(k2k_${name} PUBLIC k2k_flags Threads::Threads PRIVATE ${ARG_LINKS})
+  foreach(dep IN LISTS ARG_DEPENDS)
+    target_link_libraries(k2k_${name} PUBLIC k2k_${dep})
+  endforeach()
+endfunction()
+
+# k2k_tests(NAME LIBS ...): the test program test_NAME of all *_test.cpp in the current folder.
+function(k2k_tests name)
+  cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*_test.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(test_${name} ${sources})
+  target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  target_link_libraries(test_${name} PRIVATE k2k_flags ${ARG_LIBS} GTest::gmock GTest::gtest_main)
+  gtest_discover_tests(test_${name} TEST_PREFIX ${name}. DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,72 @@
+// Texture names, texinfos, the image blob, the palette lump and the lightmap pages of the level in work.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "levelfile/level_records.h"
+#include "levelfile/storable.h"
+
+namespace k2k {
+
+constexpr int32_t MaxTextureNames = 4096;
+constexpr int32_t MaxTexinfos = 32767;
+
+using TextureName = std::array<char, 16>;  // zero-filled, terminated unless it fills the field
+
+struct TexinfoAlias {
+    uint32_t key = 0;  // with bit 0 the two floats take part in equality
+    float first = 0, second = 0;
+    uint32_t texinfo = 0;
+};
+static_assert(sizeof(TexinfoAlias) == 16);
+
+class CTextureData : public CStorable {
+  public:
+    void Read(CFileKLV& file) override;
+    void Write(CFileKLV& file) override;
+    void PrintStats() override;
+    // Resets names, blob and pages; the texinfo and alias tables and the palette lump stay, so that a second read of the
+    // map finds its texinfos again.
+    void Clear() override;
+
+    void FreeLightmapPages();
+
+    // Finds or adds a name (cut to 16 bytes); returns its number.
+    int32_t FindTextureName(std::string_view name);
+    // Finds or adds a texinfo; returns its id. With an alias the id is negative.
+    int32_t AddTexinfo(const Texinfo& record, TexinfoAlias* alias = nullptr);
+    // The record of an id: 0 or more is a row, -1 is row 0, below that an alias leads to the row. An id that leads
+    // nowhere is fatal.
+    const Texinfo& GetTexinfo(int32_t id) const;
+
+    // Empties texinfos and aliases (for a rebuild of the texture tables).
+    void ClearTexinfos();
+
+    std::vector<Texinfo> texinfos;
+    std::vector<TexinfoAlias> aliases;
+    std::vector<TextureName> names;
+    std::vector<uint8_t> blob;
+    std::vector<uint8_t> paletteLump;
+    std::vector<std::vector<uint8_t>> pages;  // each 0x30000 << (2 * lightmapSizeCode) bytes
+    int32_t lightmapSizeCode = 0;
+
+    // Count and size fields of the blob; 0 and (1, 1) where it holds nothing usable.
+    uint32_t BlobTextureCount() const;
+    // Width and height of a texture's image; a texture without an image counts as 1 x 1.
+    std::array<uint32_t, 2> ImageSize(uint32_t texture) const;
+
+  private:
+    std::unordered_multimap<uint64_t, int32_t> texinfoIndex_;  // hash of a record to its row, rows from 1 on
+    std::unordered_map<std::string, int32_t> nameIndex_;
+    friend void ReindexTextures(CTextureData& data);
+};
+
+CTextureData& Textures();
+
+}  // namespace k2k
