@@ -31,7 +31,8 @@ struct BuildOptions {
     bool entsonly = false, texsonly = false, lightsonly = false, preview = false, litmapsonly = false, notables = false,
          noportals = false, nobsp = false, mesh = false, litv2 = false;
     // Map input
-    bool hiprec = true, solidsky = false, nodetail = false, forcedetail = false, invisibletonone = false, autozoom = false;
+    bool hiprec = true, solidsky = false, nodetail = false, forcedetail = false, invisibletonone = false,
+         autozoom = false;
     float zoomlevel = 1.0F, bound = 56000.0F, eps = 0.05F;
     // Hulls: width, height, offset
     std::array<float, 3> narrow{32.0F, 32.0F, 0.0F}, fat{64.0F, 48.0F, 8.0F};
@@ -79,7 +80,8 @@ BuildPaths& Paths();
 // Sets the options that do not outlive a parse back to their defaults; leaves all others alone.
 void ResetOptions();
 
-// Parses a command string into Options() and Paths(). Returns whether the options are valid, and stores it in OptionsValid.
+// Parses a command string into Options() and Paths(). Returns whether the options are valid, and stores it in
+// OptionsValid.
 bool ParseOptions(std::string_view text);
 
 // Settles options that depend on each other; returns whether a map and a palette were given.
