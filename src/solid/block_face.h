@@ -31,7 +31,7 @@ struct CBlockFace {
 
     int numpoints() const { return mergedAway ? -1 : static_cast<int>(points.size()); }
 
-    // A face with the same fields and no points, edges or links.
+    // A face with the same fields (leafCopy and surfaceOut too), without points, edges and list link.
     std::unique_ptr<CBlockFace> CopyHeader() const;
     // A full copy, without the list link.
     std::unique_ptr<CBlockFace> Clone() const;

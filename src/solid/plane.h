@@ -1,6 +1,7 @@
 // Planes and the one shared plane table.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
