@@ -9,8 +9,11 @@
 
 namespace k2k {
 
-// The level's tables at the start of a compile: the dummy edge, the shared solid region, the first surface mark.
+// The level's tables at the start of a compile: the dummy edge, the shared solid region, the first surface mark. The
+// working tables start over with them (as BeginSurfaceTables does), since they hold numbers of rows.
 void ResetSurfaceOutput();
+// Gives back all memory that this folder keeps between calls: for the end of the geometry stage, and for tests.
+void ReleaseSurfaceTables();
 
 // Gives every node its final plane number. The map of plane numbers is emptied first: planes are shared within a call.
 void MapPlanes(CBspNode& root);
