@@ -19,23 +19,22 @@ constexpr uint32_t BlockDetail = 16;
 constexpr uint32_t BlockMesh = 32;  // not convex; faces are kept as given
 
 struct MapFace {
-    int32_t texinfo = 0;  // id at the texture data set
-    int32_t block = 0;    // number of its block
-    bool bad = false;     // to be removed
+    int32_t texinfo = 0;      // id at the texture data set
+    int32_t block = 0;        // number of its block
+    bool bad = false;         // to be removed
     int32_t planeNumber = 0;  // 1-based position in the block in dialects with vertex lists, else 0
     Vec3 normal{};
     float dist = 0;
-    int32_t planeType = 0;  // 0 to 2 axial, -3 to -1 negative axial, 3 any other
+    int32_t planeType = 0;         // 0 to 2 axial, -3 to -1 negative axial, 3 any other
     std::array<Vec3, 3> points{};  // define the plane
     std::vector<Vec3> polygon;     // as given in the file, in dialects with vertex lists
-    std::vector<Vec3d> clipped;    // after clipping to the block
-    Vec3 mins{}, maxs{};           // bounds of clipped
+    Vec3 mins{}, maxs{};           // bounds of what the block's other planes leave of the face
 };
 
 struct MapBlock {
     MapBlock* next = nullptr;
     uint32_t flags = 0;
-    int32_t number = 0;  // 1 + the number of blocks accepted before it; messages show number - 1
+    int32_t number = 0;          // 1 + the number of blocks accepted before it; messages show number - 1
     std::vector<MapFace> faces;  // in list order: the last face read comes first
     bool fromVertices = false;
     Vec3 mins{std::numeric_limits<float>::max(), std::numeric_limits<float>::max(), std::numeric_limits<float>::max()};
