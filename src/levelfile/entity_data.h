@@ -29,8 +29,8 @@ CEntityData& EntityRecords();
 // first: the key lists of the first sun and of entity 0 are swapped for good.
 void BuildEntityChunk(std::span<KeyList* const> entities);
 
-// One record of the chunk, bounds-checked: its type number and its bytes up to the chunk's end. Entries with an offset of
-// 0 give type -1.
+// One record of the chunk, bounds-checked: its type number and its bytes up to the chunk's end. Entries with an offset
+// of 0 give type -1.
 struct EntityRecordView {
     int32_t type = -1;
     std::span<const uint8_t> bytes;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <list>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -23,7 +24,7 @@ struct EntityKey {
 using KeyList = std::list<EntityKey>;
 
 // The position of a type word is the type number of binary records.
-constexpr std::array<std::string_view, 9> TypeWords{"level", "start", "light", "model",    "sound",
+constexpr std::array<std::string_view, 9> TypeWords{"level", "start", "light",    "model",    "sound",
                                                     "sun",   "path",  "extended", "spotlight"};
 enum class EntityType : int32_t { Level, Start, Light, Model, Sound, Sun, Path, Extended, Spotlight };
 
@@ -38,6 +39,9 @@ void SetKey(KeyList& keys, std::string_view name, std::string_view value);
 const std::string& GetKey(const KeyList& keys, std::string_view name);
 // Three numbers of a key's value; what is missing stays 0.
 Vec3 GetKeyVector(const KeyList& keys, std::string_view name);
+// Reads numbers from text into out, up to the first thing that is no number; the rest of out keeps its values. Returns
+// where reading stopped.
+size_t ParseFloats(const std::string& text, std::span<float> out);
 // The position in the type word table, or -1.
 int32_t TypeNumber(std::string_view word);
 

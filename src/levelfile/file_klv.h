@@ -30,11 +30,28 @@ class CFileBase {
 };
 
 enum class Chunk : int {
-    Palette = 0, Planes = 1, TextureBlob = 2, Vertices = 3, Visibility = 4, Nodes = 5, Texinfos = 6, Surfaces = 7,
-    Unused8 = 8, HullNodes = 9, Regions = 10, RegionSurfaces = 11, Edges = 12, SurfaceEdges = 13, Info = 14,
-    Entities = 15, LightmapPages = 16, Meshes = 17, Unused18 = 18
+    Palette = 0,
+    Planes = 1,
+    TextureBlob = 2,
+    Vertices = 3,
+    Visibility = 4,
+    Nodes = 5,
+    Texinfos = 6,
+    Surfaces = 7,
+    Unused8 = 8,
+    HullNodes = 9,
+    Regions = 10,
+    RegionSurfaces = 11,
+    Edges = 12,
+    SurfaceEdges = 13,
+    Info = 14,
+    Entities = 15,
+    LightmapPages = 16,
+    Meshes = 17,
+    Unused18 = 18
 };
 constexpr int ChunkCount = 19;
+constexpr uint32_t ChunkAlignment = 4;  // every chunk begins on a multiple of it
 
 struct ChunkEntry {
     uint32_t offset = 0, size = 0;
@@ -45,6 +62,9 @@ struct LevelHeader {
     std::array<ChunkEntry, ChunkCount> chunks{};
 };
 static_assert(sizeof(LevelHeader) == 156);
+
+// Ends the build: the file's offsets, sizes or numbers cannot be those of a level.
+[[noreturn]] void InvalidLevelFile();
 
 class CFileKLV : public CFileBase {
   public:
@@ -75,6 +95,8 @@ class CFileKLV : public CFileBase {
 
     // The common write step: table entry, bytes, padding to a multiple of 4.
     void WriteChunk(Chunk number, const void* data, size_t size);
+    // The same for a chunk whose bytes lie in several places, one behind the other in the file.
+    void WriteChunk(Chunk number, std::span<const std::span<const uint8_t>> parts);
     // A table of records; an empty one is skipped, which leaves the chunk's old entry alone.
     template <typename T>
     void WriteRecords(Chunk number, const std::vector<T>& records) {
@@ -89,16 +111,21 @@ class CFileKLV : public CFileBase {
         ReadAt(GetChunkOffset(number), size, records.data());
     }
 
-  private:
-    // The chunk's size after the tests on the record size and on the file's length.
+    // The chunk's size after the tests on the record size and on the file's length: what it promises is there.
     uint32_t CheckedChunkSize(Chunk number, size_t recordSize);
+
+  private:
+    void OpenStream();
+    int64_t FileLength();
+    bool SeekTo(uint32_t offset);
+    void ReadSunSettings();
 
     int32_t version_ = -1;
     bool hasLightmaps_ = false;
     bool hasMeshes_ = false;
     bool readOnly_ = false;
-    std::FILE* stream_ = nullptr;
-    std::unique_ptr<char[]> ioBuffer_;
+    std::unique_ptr<char[]> ioBuffer_;  // outlives the stream that it buffers
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream_{nullptr, &std::fclose};
     LevelHeader header_;
     std::array<CStorable*, 4> dataSets_{};  // geometry, texture, portal, entity
 };

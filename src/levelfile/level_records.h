@@ -60,7 +60,9 @@ struct SurfaceRecord {
 
     uint16_t meshX() const { return static_cast<uint16_t>(lightOffset & 0xFFFFU); }
     uint16_t meshY() const { return static_cast<uint16_t>(lightOffset >> 16U); }
-    void SetMeshPosition(uint16_t x, uint16_t y) { lightOffset = static_cast<uint32_t>(x) | static_cast<uint32_t>(y) << 16U; }
+    void SetMeshPosition(uint16_t x, uint16_t y) {
+        lightOffset = static_cast<uint32_t>(x) | static_cast<uint32_t>(y) << 16U;
+    }
 };
 static_assert(sizeof(SurfaceRecord) == 24);
 
@@ -140,7 +142,9 @@ constexpr int32_t ContentsClipOnly = 4;
 constexpr int32_t ContentsDetail = 16;
 
 // Solid, whatever bits 1 and 4 say.
-constexpr bool IsSolid(int32_t contents) { return (contents & ~(ContentsMarked | ContentsClipOnly)) == ContentsSolid; }
+constexpr bool IsSolid(int32_t contents) {
+    return (contents & ~(ContentsMarked | ContentsClipOnly)) == ContentsSolid;
+}
 // Solid or detail: bits 1 and 16 masked off.
 constexpr bool IsSolidOrDetail(int32_t contents) {
     return (contents & ~(ContentsMarked | ContentsDetail)) == ContentsSolid;

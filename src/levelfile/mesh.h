@@ -1,6 +1,7 @@
 // A block's surfaces as an indexed triangle list, for rendering without per-surface work.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <set>
 #include <unordered_map>
@@ -9,6 +10,10 @@
 #include "levelfile/level_records.h"
 
 namespace k2k {
+
+// Vertex and material numbers of a triangle have 16 bits with a sign.
+constexpr size_t MaxMeshVertices = 32767;
+constexpr size_t MaxMeshMaterials = 32767;
 
 struct CMesh {
     std::set<int32_t> surfaces;  // surface numbers that make up the mesh
@@ -24,8 +29,11 @@ struct CMesh {
 
 void AddMeshSurface(CMesh& mesh, int32_t surface);
 
-// Finds or appends a vertex, equal in all seven floats; returns its number. Past 32767 vertices: fatal.
+// Finds or appends a vertex, equal in all seven floats; returns its number. Past MaxMeshVertices: fatal.
 int32_t AddMeshVertex(CMesh& mesh, const MeshVertex& vertex);
+
+// Finds or appends a material, equal in all fields; returns its number. Past MaxMeshMaterials: fatal.
+int32_t AddMeshMaterial(CMesh& mesh, const MeshMaterial& material);
 
 // Makes the mesh's tables from its surfaces, the data sets and the lightmap fields; nothing when it is prepared.
 void PrepareMesh(CMesh& mesh);

@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -16,6 +15,7 @@ namespace k2k {
 
 constexpr int32_t MaxTextureNames = 4096;
 constexpr int32_t MaxTexinfos = 32767;
+constexpr uint32_t SmallestPageBytes = 0x30000;  // a page of 256 x 256 texels of 3 bytes
 
 using TextureName = std::array<char, 16>;  // zero-filled, terminated unless it fills the field
 
@@ -31,8 +31,8 @@ class CTextureData : public CStorable {
     void Read(CFileKLV& file) override;
     void Write(CFileKLV& file) override;
     void PrintStats() override;
-    // Resets names, blob and pages; the texinfo and alias tables and the palette lump stay, so that a second read of the
-    // map finds its texinfos again.
+    // Resets names, blob and pages; the texinfo and alias tables and the palette lump stay, so that a second read of
+    // the map finds its texinfos again.
     void Clear() override;
 
     void FreeLightmapPages();
@@ -42,12 +42,17 @@ class CTextureData : public CStorable {
     // Finds or adds a texinfo; returns its id. With an alias the id is negative.
     int32_t AddTexinfo(const Texinfo& record, TexinfoAlias* alias = nullptr);
     // The record of an id: 0 or more is a row, -1 is row 0, below that an alias leads to the row. An id that leads
-    // nowhere is fatal.
+    // nowhere is fatal. Safe to call from several threads while nobody changes the tables.
     const Texinfo& GetTexinfo(int32_t id) const;
 
     // Empties texinfos and aliases (for a rebuild of the texture tables).
     void ClearTexinfos();
 
+    // Whether a save puts the lightmap pages into the file. A single page (the blank one) only goes there with
+    // -litmapsonly.
+    bool WritesLightmapPages() const;
+
+    // Only appended to while searches go on: whoever replaces rows calls ClearTexinfos first.
     std::vector<Texinfo> texinfos;
     std::vector<TexinfoAlias> aliases;
     std::vector<TextureName> names;
@@ -56,15 +61,32 @@ class CTextureData : public CStorable {
     std::vector<std::vector<uint8_t>> pages;  // each 0x30000 << (2 * lightmapSizeCode) bytes
     int32_t lightmapSizeCode = 0;
 
-    // Count and size fields of the blob; 0 and (1, 1) where it holds nothing usable.
+    // Number of textures in the blob; 0 where it is too short for them.
     uint32_t BlobTextureCount() const;
-    // Width and height of a texture's image; a texture without an image counts as 1 x 1.
+    // Width and height of a texture's image; a texture without an image, or with an empty one, counts as 1 x 1.
     std::array<uint32_t, 2> ImageSize(uint32_t texture) const;
 
   private:
-    std::unordered_multimap<uint64_t, int32_t> texinfoIndex_;  // hash of a record to its row, rows from 1 on
+    // A record's fields in a form whose bytes are equal when the records are: -0 as 0, nothing behind the material's
+    // end.
+    using TexinfoKey = std::array<char, sizeof(Texinfo)>;
+    struct KeyHash {
+        size_t operator()(const TexinfoKey& key) const;
+    };
+    static TexinfoKey KeyOf(const Texinfo& record);
+
+    int32_t FindTexinfo(const Texinfo& record);
+    int32_t FindAlias(const Texinfo& record, const TexinfoAlias& alias) const;
+    void IndexNewTexinfos();
+    void IndexNewNames();
+    void ReadLightmapPages(CFileKLV& file);
+    void WriteLightmapPages(CFileKLV& file);
+
+    // The first row of each key, row 0 aside. Both indexes follow their tables when a search begins.
+    std::unordered_map<TexinfoKey, int32_t, KeyHash> texinfoIndex_;
+    size_t indexedTexinfos_ = 0;
     std::unordered_map<std::string, int32_t> nameIndex_;
-    friend void ReindexTextures(CTextureData& data);
+    size_t indexedNames_ = 0;
 };
 
 CTextureData& Textures();

@@ -1,0 +1,223 @@
+#include "levelfile/file_klv.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <limits>
+
+#include "driver/build_log.h"
+#include "driver/build_options.h"
+#include "levelfile/entity_data.h"
+#include "levelfile/geometry_data.h"
+#include "levelfile/portal_data.h"
+#include "levelfile/texture_data.h"
+
+namespace k2k {
+
+namespace {
+
+constexpr size_t StreamBufferSize = 32766;
+constexpr int32_t FirstVersionWithLightmaps = 6;
+constexpr float FirstCompilerWithMeshes = 7.0F;
+
+size_t Index(Chunk number) {
+    return static_cast<size_t>(number);
+}
+
+// Where the long sun record, first in the entity chunk, holds what a reader must know before it reads the rest.
+namespace sun {
+constexpr size_t Flags = 24, CompilerVersion = 28, LightmapSizeCode = 33, BytesNeeded = 34;
+}
+
+template <typename T>
+T ValueAt(std::span<const uint8_t> bytes, size_t offset) {
+    T value;
+    std::memcpy(&value, bytes.data() + offset, sizeof(T));
+    return value;
+}
+
+}  // namespace
+
+void InvalidLevelFile() {
+    FatalError(" \nInvalid KLV file format");
+}
+
+CFileKLV::CFileKLV(std::string path)
+    : CFileBase(std::move(path)), dataSets_{&Geometry(), &Textures(), &Portals(), &EntityRecords()} {}
+
+CFileKLV::~CFileKLV() {
+    CFileKLV::Close();
+}
+
+bool CFileKLV::Open(bool readOnly) {
+    Close();
+    readOnly_ = readOnly;
+    if (name().empty()) return false;
+    OpenStream();
+    if (stream_) return ReadHeader();
+    if (errno == ENOENT && !readOnly) stream_.reset(std::fopen(name().c_str(), "w+b"));
+    if (!stream_) FatalError("Can't open %s - %s", name().c_str(), std::strerror(errno));
+    std::setvbuf(stream_.get(), ioBuffer_.get(), _IOFBF, StreamBufferSize);
+    return true;
+}
+
+// Leaves errno as the system set it when there is no stream.
+void CFileKLV::OpenStream() {
+    ioBuffer_ = std::make_unique<char[]>(StreamBufferSize);
+    stream_.reset(std::fopen(name().c_str(), readOnly_ ? "rb" : "r+b"));
+    if (stream_) std::setvbuf(stream_.get(), ioBuffer_.get(), _IOFBF, StreamBufferSize);
+}
+
+bool CFileKLV::Close() {
+    const bool closed = !stream_ || std::fclose(stream_.release()) == 0;
+    ioBuffer_.reset();
+    header_ = {};
+    return closed;
+}
+
+bool CFileKLV::Load() {
+    if (!stream_) return false;
+    EntityRecords().Read(*this);
+    version_ = header_.magic[3] - '0';
+    hasLightmaps_ = hasMeshes_ = false;
+    if (version_ < FirstVersionWithLightmaps) {
+        Textures().lightmapSizeCode = 0;
+    } else {
+        ReadSunSettings();
+    }
+    for (CStorable* dataSet : dataSets_) dataSet->Read(*this);
+    return true;
+}
+
+// Whatever type the first record has, it is read as a sun: compilers put the sun there when the level has one.
+void CFileKLV::ReadSunSettings() {
+    const std::vector<EntityRecordView> records = EntityRecordViews(EntityRecords().block);
+    if (records.empty() || records.front().bytes.empty()) return;
+    const std::span<const uint8_t> record = records.front().bytes;
+    if (record.size() < sun::BytesNeeded) InvalidLevelFile();
+    hasLightmaps_ = (ValueAt<uint32_t>(record, sun::Flags) & 1U) != 0;
+    hasMeshes_ = ValueAt<float>(record, sun::CompilerVersion) >= FirstCompilerWithMeshes;
+    Textures().lightmapSizeCode = record[sun::LightmapSizeCode];
+}
+
+bool CFileKLV::Save() {
+    if (readOnly_ || !stream_) return false;
+    WriteHeader();
+    for (CStorable* dataSet : dataSets_) dataSet->Write(*this);
+    WriteHeader();
+    if (std::fflush(stream_.get()) != 0) FatalError("E005 - can't write file %s", name().c_str());
+    return true;
+}
+
+void CFileKLV::PrintStats() {
+    if (Options().quiet) return;
+    float extent = Geometry().levelExtent;
+    if (extent != 0) {
+        const float zoom = Options().zoomlevel;
+        if (zoom != 0 && zoom != 1) extent /= zoom;
+        BuildLog(" \nLevel size %i units", static_cast<int>(extent / 10) * 10);
+    }
+    for (CStorable* dataSet : dataSets_) dataSet->PrintStats();
+}
+
+uint32_t CFileKLV::GetChunkSize(Chunk number) const {
+    return header_.chunks[Index(number)].size;
+}
+
+uint32_t CFileKLV::GetChunkOffset(Chunk number) const {
+    return header_.chunks[Index(number)].offset;
+}
+
+// Also turns the stream round between writing and reading, which a stream opened for both asks for.
+bool CFileKLV::SeekTo(uint32_t offset) {
+    return std::fseek(stream_.get(), static_cast<long>(offset), SEEK_SET) == 0;
+}
+
+bool CFileKLV::ReadAt(uint32_t offset, uint32_t size, void* buffer) {
+    if (!stream_ || !SeekTo(offset)) return false;
+    if (std::fread(buffer, 1, size, stream_.get()) != size) FatalError("E004 - can't read file");
+    return true;
+}
+
+bool CFileKLV::WriteAt(uint32_t offset, uint32_t size, const void* buffer) {
+    if (readOnly_ || !stream_) return false;
+    if (!SeekTo(offset)) return false;
+    if (std::fwrite(buffer, 1, size, stream_.get()) != size) {
+        FatalError("E005 - can't write file %s", name().c_str());
+    }
+    return true;
+}
+
+int64_t CFileKLV::Tell() {
+    return stream_ ? std::ftell(stream_.get()) : -1;
+}
+
+int64_t CFileKLV::FileLength() {
+    if (!stream_ || std::fseek(stream_.get(), 0, SEEK_END) != 0) return 0;
+    return Tell();
+}
+
+void CFileKLV::SetChunkOffset(Chunk number, int64_t offset) {
+    if (readOnly_ || !stream_ || offset < 0) return;
+    header_.chunks[Index(number)].offset = static_cast<uint32_t>(offset);
+}
+
+void CFileKLV::SetChunkSize(Chunk number, int64_t size) {
+    if (readOnly_ || !stream_ || size < 0) return;
+    header_.chunks[Index(number)].size = static_cast<uint32_t>(size);
+}
+
+void CFileKLV::WriteHeader() {
+    if (readOnly_) return;
+    header_.magic = {'K', 'L', 'V', Options().nod3dlmaps ? '5' : '7'};
+    WriteAt(0, sizeof(header_), &header_);
+}
+
+bool CFileKLV::ReadHeader() {
+    if (FileLength() < static_cast<int64_t>(sizeof(header_))) return false;
+    return ReadAt(0, sizeof(header_), &header_);
+}
+
+void CFileKLV::WriteChunk(Chunk number, const void* data, size_t size) {
+    const std::span<const uint8_t> part(static_cast<const uint8_t*>(data), size);
+    WriteChunk(number, std::span(&part, 1));
+}
+
+void CFileKLV::WriteChunk(Chunk number, std::span<const std::span<const uint8_t>> parts) {
+    if (readOnly_ || !stream_) return;
+    uint64_t size = 0;
+    for (const auto& part : parts) size += part.size();
+    const int64_t offset = size == 0 ? 0 : Tell();
+    // Offsets and sizes have 32 bits in the file.
+    if (static_cast<uint64_t>(offset) + size + ChunkAlignment > std::numeric_limits<uint32_t>::max()) {
+        FatalError("E005 - can't write file %s", name().c_str());
+    }
+    SetChunkSize(number, static_cast<int64_t>(size));
+    SetChunkOffset(number, offset);
+    if (size == 0) return;
+    auto cursor = static_cast<uint32_t>(offset);
+    for (const auto& part : parts) {
+        WriteAt(cursor, static_cast<uint32_t>(part.size()), part.data());
+        cursor += static_cast<uint32_t>(part.size());
+    }
+    constexpr std::array<uint8_t, ChunkAlignment> zeros{};
+    const auto padding = static_cast<uint32_t>((ChunkAlignment - size % ChunkAlignment) % ChunkAlignment);
+    WriteAt(cursor, padding, zeros.data());
+}
+
+uint32_t CFileKLV::CheckedChunkSize(Chunk number, size_t recordSize) {
+    const ChunkEntry entry = header_.chunks[Index(number)];
+    if (entry.size == 0) return 0;
+    const uint64_t end = static_cast<uint64_t>(entry.offset) + entry.size;
+    if (entry.size % recordSize != 0 || end > static_cast<uint64_t>(FileLength())) InvalidLevelFile();
+    return entry.size;
+}
+
+void ClearDataSets() {
+    Geometry().Clear();
+    Textures().Clear();
+    EntityRecords().Clear();
+    Portals().Clear();
+}
+
+}  // namespace k2k
