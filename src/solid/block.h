@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <vector>
 
 #include "driver/intrusive_list.h"
 #include "solid/block_face.h"
@@ -31,10 +32,15 @@ struct HullBox {
 std::array<HullBox, 3>& HullBoxes();
 // Sets the boxes from -narrow, -fat, -nh and -sethulls.
 void ComputeHullBoxes();
+// The box of a hull argument; no box for arguments other than 0 to 2.
+HullBox HullBoxOf(int32_t hull);
 
 // The blocks of one hull: non-solid blocks in map order, then solid blocks in reverse map order. hull is a -sethulls
 // value. Announces progress, one unit a map block.
 CBlockSet BuildBlockSet(const IntrusiveList<MapBlock>& entityBlocks, int32_t hull);
+
+// For tests: hull boxes, once flags and marks as at program start.
+void ResetBlocksForTest();
 
 // Approximate convex hull in two dimensions (Bentley, Faust, Preparata 1982, with this program's own bin comparison).
 struct Point2D {

@@ -23,11 +23,12 @@ struct CBlockFace {
     std::array<int32_t, 2> contents{};  // in front of and behind the face
     int32_t sourceBlock = 0;            // map block number, 1-based; 0 for none
     CBlockFace* surfaceOut = nullptr;   // the face that replaced this one when it was merged across leaves
-    CBlockFace* leafCopy = nullptr;  // on its way down the tree: the node's copy; on a node's copy: the next piece of it
-    int32_t outputIndex = -1;        // row in the surface table
-    bool mergedAway = false;         // its points went into another face (a point count of -1)
-    std::vector<Vec3> points;        // at most 40
-    std::vector<int32_t> edges;      // signed edge numbers, one a point, once they are built
+    CBlockFace* leafCopy =
+        nullptr;                 // on its way down the tree: the node's copy; on a node's copy: the next piece of it
+    int32_t outputIndex = -1;    // row in the surface table
+    bool mergedAway = false;     // its points went into another face (a point count of -1)
+    std::vector<Vec3> points;    // at most 40
+    std::vector<int32_t> edges;  // signed edge numbers, one a point, once they are built
 
     int numpoints() const { return mergedAway ? -1 : static_cast<int>(points.size()); }
 

@@ -12,8 +12,8 @@ namespace k2k {
 struct CPlane {
     Vec3 normal{};
     float dist = 0;
-    // In the table: 0, 1, 2 normal is +x, +y, +z exactly; 3, 4, 5 oblique, the dominant axis plus 3. On planes that have
-    // not gone through the table: also -3, -2, -1 for a negative axis, and 3 for any oblique plane.
+    // In the table: 0, 1, 2 normal is +x, +y, +z exactly; 3, 4, 5 oblique, the dominant axis plus 3. On planes that
+    // have not gone through the table: also -3, -2, -1 for a negative axis, and 3 for any oblique plane.
     int32_t type = 0;
 };
 
@@ -30,7 +30,9 @@ int32_t FindPlane(const CPlane& plane, int32_t& side);
 
 // The plane table. It only grows, through all hulls and repeated reads of the map.
 const std::vector<CPlane>& PlaneTable();
-inline const CPlane& TablePlane(int32_t planenum) { return PlaneTable()[static_cast<size_t>(planenum)]; }
+inline const CPlane& TablePlane(int32_t planenum) {
+    return PlaneTable()[static_cast<size_t>(planenum)];
+}
 
 // For tests: an empty table.
 void ResetPlaneTableForTest();

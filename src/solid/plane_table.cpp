@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "driver/build_log.h"
+#include "solid/cells.h"
 #include "solid/plane.h"
 #include "solid/vectors.h"
 
@@ -42,24 +43,6 @@ void RequireUnitNormal(const Vec3& normal) {
     const double length = std::sqrt(LengthSquared(normal));
     const bool isUnit = length >= 1 - UnitLengthTolerance && length <= 1 + UnitLengthTolerance;
     if (!isUnit) FatalError(" \nE701");
-}
-
-// A range of grid cells along one coordinate. Nearly always first equals last.
-struct CellRange {
-    int64_t first, last;
-};
-
-// Cells are offset so that round values lie inside them, not on their borders.
-CellRange CellsAround(double value, double tolerance, double cellSize) {
-    constexpr double Offset = 0.37;
-    constexpr double Limit = 1e18;  // beyond it cells are no longer told apart; that costs time, not correctness
-    const auto cell = [&](double v) {
-        const double at = std::floor(v / cellSize + Offset);
-        return at > Limit    ? static_cast<int64_t>(Limit)
-               : at > -Limit ? static_cast<int64_t>(at)
-                             : -static_cast<int64_t>(Limit);
-    };
-    return {cell(value - tolerance), cell(value + tolerance)};
 }
 
 class PlaneLookup {

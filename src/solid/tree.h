@@ -18,7 +18,7 @@ struct CSplitSurface {
     int32_t planenum = 0;
     int32_t sourceBlock = 0;  // first face's block number
     Vec3 mins{}, maxs{};
-    bool onNode = false;  // its plane was used as a splitter above
+    bool onNode = false;                // its plane was used as a splitter above
     std::array<int32_t, 2> contents{};  // of the first face
     FaceList faces;
 };
@@ -28,13 +28,13 @@ constexpr int32_t LeafPlane = -1;
 
 struct CBspNode {
     Vec3 mins{}, maxs{};
-    int32_t planenum = 0;     // LeafPlane for a leaf
-    int32_t outputPlane = 0;  // final plane number
-    int32_t firstFace = 0, numFaces = 0;  // range in the surface table
+    int32_t planenum = 0;                               // LeafPlane for a leaf
+    int32_t outputPlane = 0;                            // final plane number
+    int32_t firstFace = 0, numFaces = 0;                // range in the surface table
     std::array<std::unique_ptr<CBspNode>, 2> children;  // front, back
     FaceList faces;                                     // stored on this node
     int32_t contents = 0;                               // 0 for a node
-    std::vector<CBlockFace*> markFaces;  // leaves: faces of nodes that bound it, in order
+    std::vector<CBlockFace*> markFaces;                 // leaves: faces of nodes that bound it, in order
     CPortal* portals = nullptr;
     int32_t leafNumber = 0;
     int32_t fillStamp = 0;
