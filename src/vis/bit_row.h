@@ -1,0 +1,55 @@
+// Rows of one bit a region, kept in words of 64 bits.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace k2k {
+
+using Word = uint64_t;
+constexpr int32_t WordBits = 64;
+
+// Region r is bit r mod 8 of byte r / 8; with little endian words that is bit r mod 64 of word r / 64.
+inline size_t RowWords(int32_t regionCount) {
+    return (static_cast<size_t>(regionCount) + WordBits - 1) / WordBits;
+}
+inline size_t RowBytes(int32_t regionCount) {
+    return RowWords(regionCount) * sizeof(Word);
+}
+
+inline bool TestBit(const Word* row, int32_t region) {
+    return ((row[static_cast<uint32_t>(region) / WordBits] >> (static_cast<uint32_t>(region) % WordBits)) & 1U) != 0;
+}
+inline void SetBit(Word* row, int32_t region) {
+    row[static_cast<uint32_t>(region) / WordBits] |= Word{1} << (static_cast<uint32_t>(region) % WordBits);
+}
+
+// Whether a and b share a bit that known does not have.
+inline bool ShareNewBit(const Word* a, const Word* b, const Word* known, size_t words) {
+    Word fresh = 0;
+    for (size_t i = 0; i < words; ++i) fresh |= a[i] & b[i] & ~known[i];
+    return fresh != 0;
+}
+inline void AndRows(const Word* a, const Word* b, Word* out, size_t words) {
+    for (size_t i = 0; i < words; ++i) out[i] = a[i] & b[i];
+}
+inline void OrRow(Word* into, const Word* row, size_t words) {
+    for (size_t i = 0; i < words; ++i) into[i] |= row[i];
+}
+
+// Many rows of one length in one block, all bits clear at first.
+class RowTable {
+  public:
+    void Reset(size_t rowCount, size_t rowWords) {
+        rowWords_ = rowWords;
+        words_.assign(rowCount * rowWords, 0);
+    }
+    Word* row(size_t number) { return words_.data() + number * rowWords_; }
+
+  private:
+    std::vector<Word> words_;
+    size_t rowWords_ = 0;
+};
+
+}  // namespace k2k

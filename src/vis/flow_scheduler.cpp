@@ -1,0 +1,82 @@
+// Hands the portals out to the workers, and the jobs that had to wait.
+#include "vis/flow_scheduler.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "driver/build_log.h"
+
+namespace k2k {
+namespace {
+
+constexpr int32_t PortalsPerDot = 60;
+constexpr int32_t WaitingJobsPerWorker = 4;
+
+void WarnRecursions(int64_t count) {
+    for (; count > 0; --count) {
+        ++WarnCount;
+        if (WarnOnce(WarnFamily::W030)) BuildLog(" \nWARNING W030: Region recursion!\n");
+    }
+}
+
+}  // namespace
+
+FlowScheduler::FlowScheduler(VisGraph& graph, const std::vector<int32_t>& order, int32_t workers)
+    : graph_(graph), order_(order), waitingLimit_(static_cast<size_t>(workers) * WaitingJobsPerWorker) {}
+
+// A job waits only for portals in front of its own. So of the jobs that nobody works on the first can always go on, and
+// never do all workers wait for each other.
+std::unique_ptr<FlowJob> FlowScheduler::Take() {
+    std::unique_lock guard(lock_);
+    for (;;) {
+        if (failure_) return nullptr;
+        if (auto job = TakeWaiting()) return job;
+        if (waiting_.size() < waitingLimit_) {
+            if (auto job = TakeNew()) return job;
+        }
+        if (waiting_.empty()) return nullptr;
+        changed_.wait(guard);
+    }
+}
+
+std::unique_ptr<FlowJob> FlowScheduler::TakeWaiting() {
+    const auto found = std::find_if(waiting_.begin(), waiting_.end(), [&](const auto& job) { return CanGoOn(*job); });
+    if (found == waiting_.end()) return nullptr;
+    std::unique_ptr<FlowJob> job = std::move(*found);
+    waiting_.erase(found);
+    return job;
+}
+
+std::unique_ptr<FlowJob> FlowScheduler::TakeNew() {
+    if (next_ == order_.size()) return nullptr;
+    const int32_t number = order_[next_++];
+    StoreStatus(graph_.portal(number), PortalStatus::Working);
+    if (++ProgressDone % PortalsPerDot == 0) BuildLog(".");
+    return std::make_unique<FlowJob>(number);
+}
+
+bool FlowScheduler::CanGoOn(const FlowJob& job) const {
+    if (job.waiting.empty())
+        return std::all_of(job.missed.begin(), job.missed.end(), [&](int32_t p) { return IsDone(p); });
+    return std::any_of(job.waiting.begin(), job.waiting.end(), [&](const auto& entry) { return IsDone(entry.first); });
+}
+
+void FlowScheduler::Return(std::unique_ptr<FlowJob> job, int64_t recursions) {
+    const std::lock_guard guard(lock_);
+    WarnRecursions(recursions);
+    if (job->isFinished()) {
+        StoreStatus(graph_.portal(job->base), PortalStatus::Done);
+        changed_.notify_all();
+    } else {
+        ++putAside_;
+        waiting_.push_back(std::move(job));
+    }
+}
+
+void FlowScheduler::Fail(std::exception_ptr failure) {
+    const std::lock_guard guard(lock_);
+    if (!failure_) failure_ = std::move(failure);
+    changed_.notify_all();
+}
+
+}  // namespace k2k

@@ -1,0 +1,256 @@
+// The portal flow: the view from one portal, pushed through chains of portals until nothing is left of it.
+#include "vis/flow_thread.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "driver/build_log.h"
+#include "solid/vectors.h"
+
+namespace k2k {
+namespace {
+
+constexpr double SameNormal = 0.01;  // per component: a view cannot leave through the plane that it came in by
+
+// The points of a clipped polygon for longer than the next clip: where they were not cut they stay where they are.
+FlowPoints Keep(const ClippedPolygon& polygon, ScratchStack& scratch) {
+    const FlowPoints points = polygon.points();
+    if (polygon.isWhole() || points.empty()) return points;
+    Vec3d* kept = scratch.Take<Vec3d>(points.size());
+    std::copy(points.begin(), points.end(), kept);
+    return {kept, points.size()};
+}
+
+}  // namespace
+
+std::vector<int32_t> PortalOrder(const VisGraph& graph) {
+    std::vector<int32_t> order(graph.portals.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(), [&](int32_t a, int32_t b) {
+        return graph.portal(a).mightSeeCount < graph.portal(b).mightSeeCount;
+    });
+    return order;
+}
+
+FlowThread::FlowThread(VisGraph& graph, const std::vector<int32_t>& rankOf, const FlowSettings& settings)
+    : graph_(graph),
+      rankOf_(rankOf),
+      settings_(settings),
+      eps_(settings.eps),
+      rowWords_(graph.rowWords()),
+      onChain_(static_cast<size_t>(graph.regionCount()), 0),
+      firstClips_(graph.portals.size()) {}
+
+void FlowThread::PortalFlow(FlowJob& job) {
+    job_ = &job;
+    base_ = &graph_.portal(job.base);
+    if (LoadStatus(*base_) != PortalStatus::Working) FatalError("E122");
+    basePlane_ = WidenPlane(base_->plane);
+    ++flow_;
+    clipScratch_.Release({});
+    if (job.waiting.empty()) {
+        StartFlow();
+    } else {
+        ResumeReady();
+    }
+}
+
+void FlowThread::StartFlow() {
+    job_->started = true;
+    job_->missed.clear();
+    FlowFrame frame;
+    frame.source = base_->polygon->points;
+    frame.mightSee = base_->mightSee;
+    EnterRegion(*base_, frame);
+    RegionFlow();
+}
+
+// Takes up the branches that waited for portals which are done by now. Those that are put aside meanwhile wait for
+// other portals.
+void FlowThread::ResumeReady() {
+    for (auto at = job_->waiting.begin(); at != job_->waiting.end();) {
+        const VisPortal& portal = graph_.portal(at->first);
+        if (LoadStatus(portal) != PortalStatus::Done) {
+            ++at;
+            continue;
+        }
+        const auto entry = job_->waiting.extract(at++);
+        job_->waitingBytes -= entry.mapped().bytes();
+        Resume(portal, entry.mapped());
+    }
+}
+
+void FlowThread::Resume(const VisPortal& portal, const WaitingBranches& waiting) {
+    const Word* row = waiting.rows.data();
+    const Vec3d* points = waiting.points.data();
+    const int32_t* chain = waiting.chain.data();
+    for (const WaitingBranches::Branch& branch : waiting.branches) {
+        if (ShareNewBit(row, portal.visBits, base_->visBits, rowWords_)) {
+            chainBelow_.assign(chain, chain + branch.chainLength);
+            for (const int32_t region : chainBelow_) onChain_[static_cast<size_t>(region)] = 1;
+            source_.Start({points, branch.sourceCount});
+            target_.Start({points + branch.sourceCount, branch.passCount});
+            GoThrough(portal, row, portal.visBits);
+            RegionFlow();
+            for (const int32_t region : chainBelow_) onChain_[static_cast<size_t>(region)] = 0;
+            chainBelow_.clear();
+        }
+        row += rowWords_;
+        points += branch.sourceCount + branch.passCount;
+        chain += branch.chainLength;
+    }
+}
+
+// Runs all that follows from the frames on the stack. The recursion is as deep as the longest chain of regions, so its
+// frames lie on the heap.
+void FlowThread::RegionFlow() {
+    while (!frames_.empty()) {
+        FlowFrame& frame = frames_.back();
+        if (frame.portals.empty()) {
+            LeaveRegion();
+            continue;
+        }
+        const int32_t number = frame.portals.front();
+        frame.portals = frame.portals.subspan(1);
+        LookThrough(frame, number);
+    }
+}
+
+void FlowThread::LookThrough(FlowFrame& frame, int32_t number) {
+    const VisPortal& portal = graph_.portal(number);
+    if (!TestBit(frame.mightSee, portal.region)) return;
+    const Bound bound = BoundOf(number);
+    if (!ShareNewBit(frame.mightSee, bound.row, base_->visBits, rowWords_)) return;
+    if (VectorEqual(frame.entryNormal, Negate(portal.plane.normal), SameNormal)) return;
+    if (!ClipView(frame, number)) return;
+    if (bound.isEarly) {
+        PutAside(frame, number);
+    } else {
+        GoThrough(portal, frame.mightSee, bound.row);
+    }
+}
+
+FlowThread::Bound FlowThread::BoundOf(int32_t number) const {
+    const VisPortal& portal = graph_.portal(number);
+    if (rankOf_[static_cast<size_t>(number)] >= rankOf_[static_cast<size_t>(job_->base)])
+        return {portal.mightSee, false};
+    if (LoadStatus(portal) == PortalStatus::Done) return {portal.visBits, false};
+    return {portal.mightSee, true};
+}
+
+// Leaves in source_ and target_ what of the view goes through the portal. False when nothing does.
+bool FlowThread::ClipView(FlowFrame& frame, int32_t number) {
+    const FlowPoints opening = FirstClipOf(number);
+    if (opening.empty()) return false;
+    source_.Start(frame.source);
+    target_.Start(opening);
+    if (frame.pass.empty()) return true;
+    return target_.Clip(frame.entryPlane, eps_) && source_.Clip(WidenFlipped(graph_.portal(number).plane), eps_) &&
+           ClipToSeparators(frame);
+}
+
+// Clips by the planes that separate what the view comes from and what it has come through. Those of the frame's own
+// polygons are the same for all its portals.
+bool FlowThread::ClipToSeparators(FlowFrame& frame) {
+    const int32_t level = settings_.level;
+    if (source_.isWhole()) {
+        if (level > 0 && !ClipByKept(frame.fromSource, frame.source, frame.pass, false)) return false;
+        if (level > 1 && !ClipByKept(frame.fromPass, frame.pass, frame.source, true)) return false;
+    } else {
+        if (level > 0 && !ClipBySeparators(source_.points(), frame.pass, false, target_)) return false;
+        if (level > 1 && !ClipBySeparators(frame.pass, source_.points(), true, target_)) return false;
+    }
+    if (level > 2 && !ClipBySeparators(target_.points(), frame.pass, false, source_)) return false;
+    return level <= 3 || ClipBySeparators(frame.pass, target_.points(), true, source_);
+}
+
+bool FlowThread::ClipByKept(SeparatorRange& range, FlowPoints source, FlowPoints pass, bool flip) {
+    if (!range.known) {
+        range.begin = separators_.size();
+        AddSeparators(source, pass, flip, settings_.eps, separators_);
+        range.count = separators_.size() - range.begin;
+        range.known = true;
+    }
+    return target_.Clip({separators_.data() + range.begin, range.count}, eps_);
+}
+
+bool FlowThread::ClipBySeparators(FlowPoints source, FlowPoints pass, bool flip, ClippedPolygon& target) {
+    const size_t begin = separators_.size();
+    AddSeparators(source, pass, flip, settings_.eps, separators_);
+    const bool isLeft = target.Clip({separators_.data() + begin, separators_.size() - begin}, eps_);
+    separators_.resize(begin);
+    return isLeft;
+}
+
+FlowPoints FlowThread::FirstClipOf(int32_t number) {
+    FirstClip& kept = firstClips_[static_cast<size_t>(number)];
+    if (kept.flow != flow_) {
+        target_.Start(graph_.portal(number).polygon->points);
+        target_.Clip(basePlane_, eps_);
+        kept = {flow_, Keep(target_, clipScratch_)};
+    }
+    return kept.points;
+}
+
+// Enters the region behind the portal with what is left of the view.
+void FlowThread::GoThrough(const VisPortal& portal, const Word* mightSee, const Word* row) {
+    FlowFrame frame;
+    frame.scratchBelow = scratch_.Top();
+    Word* behind = scratch_.Take<Word>(rowWords_);
+    AndRows(mightSee, row, behind, rowWords_);
+    frame.mightSee = behind;
+    frame.source = Keep(source_, scratch_);
+    frame.pass = Keep(target_, scratch_);
+    EnterRegion(portal, frame);
+}
+
+void FlowThread::EnterRegion(const VisPortal& portal, FlowFrame& frame) {
+    ++regionFlowCalls_;
+    const int32_t region = portal.region;
+    if (onChain_[static_cast<size_t>(region)] != 0) {
+        ++recursions_;
+        scratch_.Release(frame.scratchBelow);
+        return;
+    }
+    if (!TestBit(base_->visBits, region)) {
+        SetBit(base_->visBits, region);
+        ++base_->canSeeCount;
+    }
+    onChain_[static_cast<size_t>(region)] = 1;
+    frame.region = region;
+    frame.portals = graph_.PortalsOf(region);
+    frame.entryPlane = WidenPlane(portal.plane);
+    frame.entryNormal = portal.plane.normal;
+    frame.separatorsBelow = separators_.size();
+    frames_.push_back(frame);
+}
+
+void FlowThread::LeaveRegion() {
+    const FlowFrame& frame = frames_.back();
+    onChain_[static_cast<size_t>(frame.region)] = 0;
+    separators_.resize(frame.separatorsBelow);
+    scratch_.Release(frame.scratchBelow);
+    frames_.pop_back();
+}
+
+void FlowThread::PutAside(const FlowFrame& frame, int32_t number) {
+    if (job_->waitingBytes >= settings_.waitingLimit) {
+        if (std::find(job_->missed.begin(), job_->missed.end(), number) == job_->missed.end()) {
+            job_->missed.push_back(number);
+        }
+        return;
+    }
+    WaitingBranches& waiting = job_->waiting[number];
+    const size_t bytesBefore = waiting.bytes();
+    const FlowPoints source = source_.points();
+    const FlowPoints pass = target_.points();
+    waiting.branches.push_back({source.size(), pass.size(), chainBelow_.size() + frames_.size()});
+    waiting.rows.insert(waiting.rows.end(), frame.mightSee, frame.mightSee + rowWords_);
+    waiting.points.insert(waiting.points.end(), source.begin(), source.end());
+    waiting.points.insert(waiting.points.end(), pass.begin(), pass.end());
+    waiting.chain.insert(waiting.chain.end(), chainBelow_.begin(), chainBelow_.end());
+    for (const FlowFrame& above : frames_) waiting.chain.push_back(above.region);
+    job_->waitingBytes += waiting.bytes() - bytesBefore;
+}
+
+}  // namespace k2k

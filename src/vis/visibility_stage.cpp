@@ -1,0 +1,93 @@
+// The second stage: which regions each region can see.
+#include "vis/visibility_stage.h"
+
+#include <cstdint>
+#include <string>
+
+#include "driver/build_log.h"
+#include "driver/build_options.h"
+#include "driver/text.h"
+#include "levelfile/file_klv.h"
+#include "levelfile/portal_data.h"
+#include "vis/base_vis.h"
+#include "vis/portal_file.h"
+#include "vis/portal_vis.h"
+#include "vis/region_rows.h"
+#include "vis/undo_zoom.h"
+
+namespace k2k {
+namespace {
+
+bool IsZoomed(const BuildOptions& options) {
+    return options.zoomlevel != 0 && options.zoomlevel != 1;
+}
+
+bool LoadLevel(CFileKLV& file) {
+    return file.Open(false) && file.Load();
+}
+
+void SaveLevel(CFileKLV& file) {
+    file.Save();
+    file.Close();
+}
+
+void UndoZoomOnly(const BuildOptions& options) {
+    if (!IsZoomed(options)) return;
+    CFileKLV file(Paths().LevelPath);
+    if (!LoadLevel(file)) return;
+    UndoZoom(options.zoomlevel);
+    SaveLevel(file);
+}
+
+int32_t RegionCount() {
+    return static_cast<int32_t>(Portals().regions.size()) - 1;
+}
+
+// The interim portal file stands beside the level.
+const std::string& FormPortalPath() {
+    std::string path = Paths().LevelPath;
+    StripExtension(path);
+    return Paths().PortalPath = path + ".$$p";
+}
+
+void MakeVisibility(const BuildOptions& options) {
+    VisGraph graph = ReadPortalFile(FormPortalPath(), RegionCount());
+    StartProgress(static_cast<int32_t>(graph.portals.size()));
+    BasePortalVis(graph, options.eps);
+    if (options.fast) {
+        FastPortalVis(graph);
+    } else {
+        FlowSettings settings;
+        settings.level = options.level;
+        settings.eps = options.eps;
+        CalculatePortalVis(graph, settings, options.threads);
+    }
+    for (const VisPortal& portal : graph.portals) CheckPolygon(portal.polygon);
+    std::vector<uint8_t>& visibility = Portals().visibility;
+    visibility.clear();
+    MakeRegionRows(graph, Portals().regions, visibility);
+}
+
+}  // namespace
+
+int VisibilityStage() {
+    BuildOptions& options = Options();
+    if (options.lightsonly || options.entsonly || options.texsonly || options.nobsp) return 0;
+    if (options.noportals && options.preview) {
+        UndoZoomOnly(options);
+        return 0;
+    }
+    if (options.noportals || options.preview) {
+        options.fast = true;
+        options.level = 2;
+    }
+    if (Paths().LevelPath.empty()) return -1;
+    CFileKLV file(Paths().LevelPath);
+    if (!LoadLevel(file)) return 0;
+    MakeVisibility(options);
+    if (IsZoomed(options)) UndoZoom(options.zoomlevel);
+    SaveLevel(file);
+    return 0;
+}
+
+}  // namespace k2k
