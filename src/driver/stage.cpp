@@ -3,6 +3,7 @@
 #include "driver/build_log.h"
 #include "driver/build_options.h"
 #include "driver/out_of_memory.h"
+#include "driver/run_stats.h"
 
 namespace k2k {
 
@@ -50,7 +51,10 @@ int StageThread(uint32_t& word, const StageEntries& stages, MessageQueue& queue)
     if (entry == nullptr) return 0;
 
     SetState(word, StageBits::Running);
+    const int number = static_cast<int>(word & StageBits::Number);
+    BeginStageStats(number);
     const Message ending = RunStage(word, entry);
+    EndStageStats(number);
     queue.Post({ending, word});
     return 1;
 }
