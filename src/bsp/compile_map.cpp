@@ -11,6 +11,7 @@
 #include "bsp/zoom_loop.h"
 #include "driver/build_log.h"
 #include "driver/build_options.h"
+#include "driver/run_stats.h"
 #include "levelfile/entity_data.h"
 #include "levelfile/file_klv.h"
 #include "levelfile/geometry_data.h"
@@ -49,11 +50,17 @@ void UpdateTextures() {
     level.Close();
 }
 
+void CountMap() {
+    AddStat("entities", static_cast<int64_t>(Entities().size()));
+    for (const CEntity& entity : Entities()) AddStat("blocks", static_cast<int64_t>(entity.blocks.size()));
+}
+
 // The trees and tables of the level, from a last read of the map in which the listed blocks are no detail.
 void BuildLevel(const std::vector<int32_t>& plainBlocks) {
     Geometry().DetailReject = plainBlocks;
     StartOver();
     ReadMap(false);
+    CountMap();
     ResetTreeTables();
     ResetMeshTables();
     Geometry().DetailReject.clear();

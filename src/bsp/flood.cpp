@@ -5,6 +5,7 @@
 #include "bsp/tree_build.h"
 #include "driver/build_log.h"
 #include "driver/build_options.h"
+#include "driver/run_stats.h"
 #include "mapread/entity.h"
 
 namespace k2k {
@@ -101,6 +102,7 @@ bool FillOutside(TreePortals& portals, CBspNode& root) {
     CBspNode& start = portals.outside.portals->FarSide(portals.outside);
     if (PortalFlood(1, false).Run(start)) {
         WarnLeak(start);
+        AddStat("leaking_hulls", 1);
         // From now on the second walk ends at its first step: a level that leaks keeps its outside.
         start.occupied = 1;
     }
