@@ -68,7 +68,7 @@ const OptionRow Table[] = {
      "The palette file: PCX, BMP or LBM by its extension, else 768 bytes of red, green and blue (.lmp is added where "
      "there is no extension). Required; the first one given counts."},
     {"-threads", IntValue{.member = &O::threads, .most = MaxThreads}, Visibility, "COUNT",
-     "Number of worker threads of the visibility and lighting stages."},
+     "Number of worker threads of the visibility and lighting stages.", "processors"},
     {"-level", IntValue{&O::level}, Visibility, "LEVEL", "How exactly visibility is computed."},
     {"-f1", FloatValue{&O::f1}, NoEffect, "VALUE", "No effect."},
     {"-f2", FloatValue{&O::f2}, NoEffect, "VALUE", "No effect."},

@@ -67,6 +67,7 @@ struct OptionRow {
     OptionTopic topic;
     std::string_view arguments;  // names for the reference, empty for flags
     std::string_view help;
+    std::string_view defaultText = "";  // where the member's initial value is not the default
 };
 
 // In the order in which the parser tries them; of rows with the same word only the first is ever reached.

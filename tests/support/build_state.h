@@ -33,6 +33,11 @@ std::string FatalText(const std::function<void()>& action);
 // Expects a fatal error with exactly this message.
 void ExpectFatal(const std::function<void()>& action, const std::string& text);
 
+// The text logged since the last call, or since the test's start.
+inline std::string Logged() {
+    return TakeLoggedText();
+}
+
 // Expects the program's end with this status.
 void ExpectProgramExit(const std::function<void()>& action, int status);
 
