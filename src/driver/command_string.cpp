@@ -21,8 +21,9 @@ bool NeedsQuotes(std::string_view argument) {
 
 std::string CommandString(std::span<const char* const> arguments) {
     std::string command;
-    for (const std::string_view argument : arguments) {
-        if (argument.data() != arguments.front()) command += ' ';
+    for (size_t i = 0; i < arguments.size(); ++i) {
+        const std::string_view argument = arguments[i];
+        if (i != 0) command += ' ';
         const std::string_view quote = NeedsQuotes(argument) ? "\"" : "";
         command.append(quote).append(argument).append(quote);
     }
