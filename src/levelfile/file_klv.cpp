@@ -220,4 +220,12 @@ void ClearDataSets() {
     Portals().Clear();
 }
 
+void ResetDataSetsForTest() {
+    Geometry() = {};
+    Textures() = {};
+    EntityRecords() = {};
+    Portals() = {};
+    FirstGammaValue = 0;
+}
+
 }  // namespace k2k

@@ -133,4 +133,7 @@ class CFileKLV : public CFileBase {
 // Calls Clear on the four data sets, in the order geometry, texture, entity, portal.
 void ClearDataSets();
 
+// For tests: everything of the four data sets as at program start, also what Clear leaves alone.
+void ResetDataSetsForTest();
+
 }  // namespace k2k

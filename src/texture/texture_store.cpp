@@ -36,20 +36,7 @@ size_t BlobSize(const CTextureData& textures, const CWadFile& wad) {
     return static_cast<size_t>(size);
 }
 
-// No handler for failed allocations while it lives, so that they reach the code that made them.
-class WithoutNewHandler {
-  public:
-    WithoutNewHandler() : handler_(std::set_new_handler(nullptr)) {}
-    ~WithoutNewHandler() { std::set_new_handler(handler_); }
-    WithoutNewHandler(const WithoutNewHandler&) = delete;
-    WithoutNewHandler& operator=(const WithoutNewHandler&) = delete;
-
-  private:
-    std::new_handler handler_;
-};
-
 void AllocateBlob(std::vector<uint8_t>& blob, size_t size) {
-    const WithoutNewHandler handled;
     blob = {};
     try {
         blob.resize(size);
