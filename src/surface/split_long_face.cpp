@@ -39,7 +39,7 @@ size_t LastCorner(const Ring& ring) {
 }
 
 // Turns the ring until its first corner is near enough to the start for a piece that reaches round it. A ring without a
-// corner (some 450 vertices on a circle) would be turned forever.
+// corner, as of points that are no numbers, would be turned forever.
 size_t TurnToCorner(Ring& ring) {
     for (size_t turns = 0; turns <= ring.size(); ++turns) {
         const size_t corner = FirstCorner(ring);
