@@ -34,8 +34,11 @@ std::string_view Trim(std::string_view text) {
     return text;
 }
 
-bool InQuotes(std::string_view text) {
-    return text.size() >= 2 && text.front() == '"' && text.back() == '"';
+// A value may stand in one pair of double quotes; quotes inside mean that the outer ones belong to the value's own
+// words.
+std::string_view Unquoted(std::string_view value) {
+    if (value.size() < 2 || value.front() != '"' || value.find('"', 1) != value.size() - 1) return value;
+    return value.substr(1, value.size() - 2);
 }
 
 // The name between the brackets of a section's first line.
@@ -68,13 +71,12 @@ SectionLines FindSection(Lines& lines) {
     return {header + 1, end};
 }
 
-// The value of a profile loses its outer blanks and then one pair of double quotes around it, so text that has such a
-// pair of its own is kept in a second one. It is one line.
+// A profile's value is one line.
 std::string AsValue(std::string_view text) {
-    std::string value(Trim(text));
+    std::string value(text);
     std::replace_if(
         value.begin(), value.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
-    return InQuotes(value) ? '"' + value + '"' : value;
+    return value;
 }
 
 }  // namespace
@@ -84,8 +86,7 @@ std::string LoadSettings() {
     const SectionLines section = FindSection(lines);
     const auto line = std::find_if(section.begin, section.end, IsOurKey);
     std::string_view value;
-    if (line != section.end) value = Trim(std::string_view(*line).substr(line->find('=') + 1));
-    if (InQuotes(value)) value = value.substr(1, value.size() - 2);
+    if (line != section.end) value = Unquoted(Trim(std::string_view(*line).substr(line->find('=') + 1)));
     return std::string(value.empty() ? DefaultSettings : value.substr(0, MaxSettings));
 }
 
