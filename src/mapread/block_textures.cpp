@@ -7,7 +7,7 @@
 #include "levelfile/texture_data.h"
 #include "mapread/file_map.h"
 #include "mapread/read_map.h"
-#include "mapread/texture_axes.h"
+#include "solid/texture_axes.h"
 
 namespace k2k {
 
@@ -64,8 +64,8 @@ void CFileMap::ReadTextureName(Texinfo& texinfo) {
 
 void CFileMap::MakeTextureAxes(Texinfo& texinfo, const MapFace& face, const std::array<int32_t, 2>& shift,
                                const std::array<float, 2>& scale, int32_t rotation) {
-    const PlainMapping mapping{{static_cast<float>(shift[0]), static_cast<float>(shift[1])}, scale, rotation};
-    SetTextureAxes(texinfo, face.normal, mapping);
+    const std::array<float, 2> floatShift{static_cast<float>(shift[0]), static_cast<float>(shift[1])};
+    MakePlaneTextureAxes(face.normal, floatShift, scale, static_cast<float>(rotation), texinfo);
 }
 
 void CFileMap::ReadPlainMapping(Texinfo& texinfo, const MapFace& face) {
