@@ -25,9 +25,32 @@ inline double Distance(const FlowPlane& plane, const Vec3d& point) {
 
 using PointBuffer = std::array<Vec3d, MaxPolygonPoints>;
 
+// The distances of a polygon's points to a plane, and one bit a point for those in front of it and behind it; the
+// others are on it.
+struct PointPlaces {
+    std::array<double, MaxPolygonPoints> dists;
+    uint64_t front = 0, back = 0;
+
+    PointPlaces(FlowPoints points, const FlowPlane& plane, double epsilon) {
+        for (size_t i = 0; i < points.size(); ++i) {
+            dists[i] = Distance(plane, points[i]);
+            front |= static_cast<uint64_t>(dists[i] > epsilon) << i;
+            back |= static_cast<uint64_t>(dists[i] < -epsilon) << i;
+        }
+    }
+};
+
+// The part in front of the plane of a polygon with points on both sides; out must not hold the polygon.
+FlowPoints CutPolygon(FlowPoints points, const FlowPlane& plane, const PointPlaces& places, PointBuffer& out);
+
 // What lies in front of the plane: the input itself when none of it lies behind, nothing when no point lies in front,
-// otherwise points in out, which must not hold the input. The results of ClipPolygonFree, to the bit.
-FlowPoints ClipFlowPolygon(FlowPoints points, const FlowPlane& plane, double epsilon, PointBuffer& out);
+// otherwise points in out. The results of ClipPolygonFree, to the bit.
+inline FlowPoints ClipFlowPolygon(FlowPoints points, const FlowPlane& plane, double epsilon, PointBuffer& out) {
+    const PointPlaces places(points, plane, epsilon);
+    if (places.front == 0) return {};
+    if (places.back == 0) return points;
+    return CutPolygon(points, plane, places, out);
+}
 
 // A polygon that is clipped again and again. It refers to the points that it began with until a cut changes them.
 class ClippedPolygon {

@@ -1,10 +1,15 @@
 // Planes that separate two polygons, each through an edge of the one and a point of the other.
+//
+// Most pairs of an edge and a point give no separator: the other points of pass lie on both sides of their plane, or on
+// the side of source. The quick test finds nearly all of these without a square root or a division, four at once.
 #include "vis/separators.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "solid/vectors.h"
+#include "vis/float4.h"
 
 namespace k2k {
 namespace {
@@ -12,56 +17,64 @@ namespace {
 double AbsSum(const Vec3d& v) {
     return std::abs(v[0]) + std::abs(v[1]) + std::abs(v[2]);
 }
+float AbsSum(const Vec3& v) {
+    return std::abs(v[0]) + std::abs(v[1]) + std::abs(v[2]);
+}
 
-// One edge of source, from point i to point l, with one point j of pass.
-struct Candidate {
-    FlowPoints source, pass;
-    size_t i, l, j;
-    Vec3 cross;  // of the edge and the way from its start to the point: the normal before it is brought to length 1
-};
-
-// What the quick test says of a point's place to the plane of a candidate.
-enum class Place { Behind, Unclear, InFront };
-
-// Places points without a square root or a division: distances are compared times the length of the cross product. Only
-// a place that no rounding of the real test can change is called clear. Against the real distance, which comes from the
-// normal of length 1, the limit allows for
-//   - components below 0.0001 that Normalize sets to zero, and the rounding of the others (of the way from the point
-//   j),
-//   - the rounding of the plane's distance to 32 bits (of the point j).
-class QuickTest {
+// The ways from one corner of source to the points of pass, narrowed. The last stands in front of the first as well,
+// and the first behind the last, so that the neighbours of four points can be loaded as the points are.
+class Ways {
   public:
-    QuickTest(const Candidate& at, double eps)
-        : cross_(Widen(at.cross)),
-          origin_(at.pass[at.j]),
-          lengthBound_(AbsSum(cross_)),
-          limit_(eps * (1 + 1e-6) + 1e-6 + 1.2e-7 * AbsSum(origin_)) {}
-
-    Place PlaceOf(const Vec3d& point) const {
-        const Vec3d way = Sub(point, origin_);
-        const double height = Dot(cross_, way);
-        const double clear = lengthBound_ * (limit_ + 1.1e-4 * AbsSum(way));
-        return height > clear ? Place::InFront : height < -clear ? Place::Behind : Place::Unclear;
+    // Returns the largest sum of components.
+    float Set(FlowPoints pass, const Vec3d& corner) {
+        const size_t count = pass.size();
+        float longest = 0;
+        for (size_t j = 0; j < count; ++j) {
+            const Vec3 way = Narrow(Sub(pass[j], corner));
+            longest = std::max(longest, AbsSum(way));
+            Put(j + 1, way);
+        }
+        Put(0, {x_[count], y_[count], z_[count]});
+        Put(count + 1, {x_[1], y_[1], z_[1]});
+        for (size_t pad = count + 2; pad < count + 1 + Lanes; ++pad) Put(pad, {});
+        return longest;
     }
+    Vec3x4 Before(size_t j) const { return Load(j); }
+    Vec3x4 At(size_t j) const { return Load(j + 1); }
+    Vec3x4 Behind(size_t j) const { return Load(j + 2); }
 
   private:
-    Vec3d cross_, origin_;
-    double lengthBound_, limit_;
+    void Put(size_t at, const Vec3& way) {
+        x_[at] = way[0];
+        y_[at] = way[1];
+        z_[at] = way[2];
+    }
+    Vec3x4 Load(size_t at) const { return {Load4(&x_[at]), Load4(&y_[at]), Load4(&z_[at])}; }
+
+    std::array<float, MaxPolygonPoints + 1 + Lanes> x_, y_, z_;
 };
 
-// Whether the candidate certainly is no separator: pass on both sides, or on the side of source.
-bool IsClearlyNone(const Candidate& at, double eps) {
-    const size_t passCount = at.pass.size();
-    const QuickTest test(at, eps);
-    const Place next = test.PlaceOf(at.pass[at.j + 1 == passCount ? 0 : at.j + 1]);
-    if (next == Place::Unclear) return false;
-    const Place before = test.PlaceOf(at.pass[at.j == 0 ? passCount - 1 : at.j - 1]);
-    if (before != Place::Unclear && before != next) return true;
-    // The first point off the edge decides where source lies.
-    size_t k = 0;
-    while (k == at.i || k == at.l) ++k;
-    return k < at.source.size() && test.PlaceOf(at.source[k]) == next;
-}
+// How far from a plane a point must be for the quick test, so that no rounding can make the real test say otherwise.
+// The real distance comes from the normal of length 1. Against it the limit allows for
+//   - components below 0.0001 that Normalize sets to zero and the rounding of the others, along the way to the point,
+//   - the narrowing of the plane's distance, by the size of pass's coordinates,
+//   - the rounding of the quick test's own way and height, by the length of the ways.
+// Distances are compared times the length of the cross product; the sum of its components is at least that.
+class QuickLimit {
+  public:
+    QuickLimit() = default;
+    QuickLimit(double eps, double passSize, float longestWay)
+        : base_(static_cast<float>(eps * (1 + 1e-5) + 1e-5 + 1.2e-7 * passSize + 1.2e-6 * longestWay)),
+          isUsable_(eps >= 0 && longestWay < 1e9F) {}
+
+    // Ways longer than that might overflow, and a negative tolerance has a logic of its own.
+    bool isUsable() const { return isUsable_; }
+    Float4 For(const Vec3x4& way, Float4 length) const { return length * (base_ + 1.1e-4F * AbsSum(way)); }
+
+  private:
+    float base_ = 0;
+    bool isUsable_ = false;
+};
 
 float NarrowDistance(const FlowPlane& plane, const Vec3d& point) {
     return static_cast<float>(Distance(plane, point));
@@ -72,55 +85,119 @@ void Reverse(FlowPlane& plane) {
     plane.dist = -plane.dist;
 }
 
-// Turns the plane so that source lies behind it. False when all of source lies on it.
-bool PutBehind(const Candidate& at, float eps, FlowPlane& plane) {
-    for (size_t k = 0; k < at.source.size(); ++k) {
-        if (k == at.i || k == at.l) continue;
-        const float dist = NarrowDistance(plane, at.source[k]);
-        if (dist < -eps) return true;
-        if (dist > eps) {
+// The pairs of one edge of source with the points of pass.
+class EdgePairs {
+  public:
+    EdgePairs(FlowPoints source, FlowPoints pass, float eps) : source_(source), pass_(pass), eps_(eps) {
+        for (const Vec3d& point : pass) passSize_ = std::max(passSize_, AbsSum(point));
+    }
+
+    // Takes the edge from point i to the next one.
+    void SetEdge(size_t i) {
+        i_ = i;
+        l_ = i + 1 == source_.size() ? 0 : i + 1;
+        edge_ = Narrow(Sub(source_[l_], source_[i_]));
+        off_ = 0;
+        while (off_ == i_ || off_ == l_) ++off_;
+        wayOff_ = Narrow(Sub(source_[off_], source_[i_]));
+        const float longest = std::max({ways_.Set(pass_, source_[i_]), AbsSum(edge_), AbsSum(wayOff_)});
+        limit_ = QuickLimit(eps_, passSize_, longest);
+    }
+
+    // What the quick test says of four neighbouring points.
+    struct Four {
+        Vec3x4 cross;   // of the edge and the way to the point: the normal before it is brought to length 1
+        Mask4 isNone;   // certainly no separator
+        Mask4 inFront;  // source certainly lies in front of the plane
+        Mask4 behind;   // source certainly lies behind the plane
+    };
+    Four Examine(size_t j) const {
+        const Vec3x4 way = ways_.At(j);
+        Four four{Cross(edge_, way), {}, {}, {}};
+        if (!limit_.isUsable()) return four;
+        const Float4 length = AbsSum(four.cross);
+        const auto place = [&](const Vec3x4& to, Mask4& front, Mask4& back) {
+            const Float4 height = Dot(four.cross, to);
+            const Float4 clear = limit_.For(to, length);
+            front = height > clear;
+            back = height < -clear;
+        };
+        Mask4 beforeFront, beforeBack, behindFront, behindBack;
+        place(ways_.Before(j) - way, beforeFront, beforeBack);
+        place(ways_.Behind(j) - way, behindFront, behindBack);
+        place(wayOff_ - way, four.inFront, four.behind);
+        const Mask4 anyFront = beforeFront | behindFront;
+        const Mask4 anyBack = beforeBack | behindBack;
+        four.isNone = (anyFront & (anyBack | four.inFront)) | (anyBack & four.behind);
+        return four;
+    }
+
+    // The separator of the edge and point j, when there is one: the real test.
+    bool Separates(const Four& four, size_t lane, size_t j, FlowPlane& plane) const {
+        Vec3 normal{four.cross.x[lane], four.cross.y[lane], four.cross.z[lane]};
+        if (Normalize(normal) <= eps_) return false;
+        plane.normal = Widen(normal);
+        plane.dist = static_cast<float>(k2k::Dot(normal, pass_[j]));
+        if (four.inFront[lane] != 0) {
             Reverse(plane);
-            return true;
+        } else if (four.behind[lane] == 0 && !PutBehind(plane)) {
+            return false;
         }
+        return IsInFront(plane, j);
     }
-    return false;
-}
 
-// Whether pass lies in front, with at least one point off the plane.
-bool HasInFront(const Candidate& at, float eps, const FlowPlane& plane) {
-    bool anyFront = false;
-    for (size_t k = 0; k < at.pass.size(); ++k) {
-        if (k == at.j) continue;
-        const float dist = NarrowDistance(plane, at.pass[k]);
-        if (dist < -eps) return false;
-        anyFront |= dist > eps;
+  private:
+    // Turns the plane so that source lies behind it. False when all of source lies on it.
+    bool PutBehind(FlowPlane& plane) const {
+        for (size_t k = 0; k < source_.size(); ++k) {
+            if (k == i_ || k == l_) continue;
+            const float dist = NarrowDistance(plane, source_[k]);
+            if (dist < -eps_) return true;
+            if (dist > eps_) {
+                Reverse(plane);
+                return true;
+            }
+        }
+        return false;
     }
-    return anyFront;
-}
 
-// The separator of the candidate, when it is one.
-bool IsSeparator(const Candidate& at, float eps, FlowPlane& plane) {
-    Vec3 normal = at.cross;
-    if (Normalize(normal) <= eps) return false;
-    plane.normal = Widen(normal);
-    plane.dist = static_cast<float>(Dot(normal, at.pass[at.j]));
-    return PutBehind(at, eps, plane) && HasInFront(at, eps, plane);
-}
+    // Whether pass lies in front, its point j aside, with at least one point off the plane.
+    bool IsInFront(const FlowPlane& plane, size_t j) const {
+        bool anyFront = false;
+        for (size_t k = 0; k < pass_.size(); ++k) {
+            if (k == j) continue;
+            const float dist = NarrowDistance(plane, pass_[k]);
+            if (dist < -eps_) return false;
+            anyFront |= dist > eps_;
+        }
+        return anyFront;
+    }
+
+    const FlowPoints source_, pass_;
+    const float eps_;
+    double passSize_ = 0;  // the largest sum of coordinates
+    size_t i_ = 0, l_ = 0;
+    size_t off_ = 0;  // the first point of source that is not on the edge
+    Vec3 edge_{}, wayOff_{};
+    Ways ways_;
+    QuickLimit limit_;
+};
 
 }  // namespace
 
 void AddSeparators(FlowPoints source, FlowPoints pass, bool flip, float eps, std::vector<FlowPlane>& planes) {
-    const bool quick = eps >= 0;
+    if (source.size() < 3 || pass.size() < 2) return;  // no point off the plane
+    EdgePairs pairs(source, pass, eps);
     for (size_t i = 0; i < source.size(); ++i) {
-        const size_t l = i + 1 == source.size() ? 0 : i + 1;
-        const Vec3 edge = Narrow(Sub(source[l], source[i]));
-        for (size_t j = 0; j < pass.size(); ++j) {
-            const Candidate at{source, pass, i, l, j, Cross(edge, Narrow(Sub(pass[j], source[i])))};
-            if (quick && IsClearlyNone(at, eps)) continue;
-            FlowPlane plane;
-            if (!IsSeparator(at, eps, plane)) continue;
-            if (flip) Reverse(plane);
-            planes.push_back(plane);
+        pairs.SetEdge(i);
+        for (size_t j = 0; j < pass.size(); j += Lanes) {
+            const EdgePairs::Four four = pairs.Examine(j);
+            for (size_t lane = 0; lane < Lanes && j + lane < pass.size(); ++lane) {
+                FlowPlane plane;
+                if (four.isNone[lane] != 0 || !pairs.Separates(four, lane, j + lane, plane)) continue;
+                if (flip) Reverse(plane);
+                planes.push_back(plane);
+            }
         }
     }
 }
