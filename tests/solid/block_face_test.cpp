@@ -89,6 +89,19 @@ TEST_F(BlockFaceTest, SplitCutsAxialPlanesExactly) {
     EXPECT_EQ(pieces.front->points.back()[0], 0.3F);
 }
 
+TEST_F(BlockFaceTest, SplitNarrowsTheCutOnce) {
+    const Vec3 p1{-99.1F, 3.3F, 0.7F};
+    const Vec3 p2{7777.7F, 333.9F, -0.1F};
+    auto face = MakeFloorFace({p1, p2, {7777.7F, -333.3F, 0}});
+    const float d1 = p1[0] - 100.0F;
+    const float d2 = p2[0] - 100.0F;
+    const double t = d1 / (static_cast<double>(d1) - d2);
+    FacePieces pieces = SplitFace(std::move(face), PlaneOf({1, 0, 0}, 100));
+    for (size_t i = 1; i < 3; ++i) {
+        EXPECT_EQ(pieces.back->points[1][i], static_cast<float>(p1[i] + t * (static_cast<double>(p2[i]) - p1[i])));
+    }
+}
+
 TEST_F(BlockFaceTest, SplitDropsAPieceThatIsTooThin) {
     // The cut of the tip is 0.004 wide.
     auto face = MakeFloorFace({{0, 0, 0}, {100, 2, 0}, {100, -2, 0}});
@@ -176,8 +189,11 @@ double AreaOf(const CBlockFace* face) {
 TEST_F(BlockFaceTest, RandomSplitsKeepTheAreaAndPutEachPieceOnItsSide) {
     test::Random random(5);
     for (int i = 0; i < 5000; ++i) {
-        const auto face = MakeFloorFace(Ring(static_cast<size_t>(random.Whole(3, 12)), random.Real(20, 500)));
-        const CPlane plane = PlaneOf(random.UnitVector(), static_cast<float>(random.Real(-300, 300)));
+        const auto count = static_cast<size_t>(random.Whole(3, 12));
+        const auto face = MakeFloorFace(Ring(count, random.Real(20, 500)));
+        const Vec3 normal = random.UnitVector();
+        // As in the table, where only exact normals count as axial.
+        const CPlane plane{normal, static_cast<float>(random.Real(-300, 300)), PlaneTypeFromNormal(normal)};
         const double area = AreaOf(face.get());
         const FacePieces pieces = SplitFace(face->Clone(), plane);
         EXPECT_NEAR(AreaOf(pieces.front.get()) + AreaOf(pieces.back.get()), area, 1e-4 * area + 1);

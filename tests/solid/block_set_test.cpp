@@ -122,8 +122,10 @@ TEST_F(BlockSetTest, CollisionHullsHaveTextureZero) {
     for (MapFace& face : block->faces) face.texinfo = texinfo;
     IntrusiveList<MapBlock> list;
     list.push_front(std::move(block));
-    for (const CBlockFace& face : BuildBlockSet(list, 0).blocks.front()->faces) EXPECT_EQ(face.texinfo, texinfo);
-    for (const CBlockFace& face : BuildBlockSet(list, 1).blocks.front()->faces) EXPECT_EQ(face.texinfo, 0);
+    const CBlockSet visual = BuildBlockSet(list, 0);
+    for (const CBlockFace& face : visual.blocks.front()->faces) EXPECT_EQ(face.texinfo, texinfo);
+    const CBlockSet narrow = BuildBlockSet(list, 1);
+    for (const CBlockFace& face : narrow.blocks.front()->faces) EXPECT_EQ(face.texinfo, 0);
 }
 
 TEST_F(BlockSetTest, ACubeGrowsByTheNarrowBox) {
