@@ -6,10 +6,9 @@
 #include <vector>
 
 #include "vis/vis_graph.h"
+#include "vis/vis_rows.h"
 
 namespace k2k::test {
-
-using BitRow = std::vector<bool>;  // by region
 
 struct ReferenceResult {
     std::vector<BitRow> mightSee;  // by portal

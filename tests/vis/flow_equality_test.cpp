@@ -13,31 +13,6 @@ namespace {
 
 constexpr float Eps = 0.05F;
 
-class PortalFlowTest : public BuildState {};
-
-VisGraph ReadGrid(const RoomGridOptions& options) {
-    const RoomGrid grid = MakeRoomGrid(options);
-    return ReadGraph(grid.RoomCount(), PortalFileText(grid.RoomCount(), grid.openings));
-}
-
-BitRow ToBits(const Word* row, int32_t regionCount) {
-    BitRow bits;
-    for (int32_t region = 0; region < regionCount; ++region) bits.push_back(TestBit(row, region));
-    return bits;
-}
-
-std::vector<BitRow> VisRows(const VisGraph& graph) {
-    std::vector<BitRow> rows;
-    for (const VisPortal& portal : graph.portals) rows.push_back(ToBits(portal.visBits, graph.regionCount()));
-    return rows;
-}
-
-std::vector<BitRow> MightSeeRows(const VisGraph& graph) {
-    std::vector<BitRow> rows;
-    for (const VisPortal& portal : graph.portals) rows.push_back(ToBits(portal.mightSee, graph.regionCount()));
-    return rows;
-}
-
 std::vector<BitRow> RowsOnWorkers(const RoomGridOptions& grid, FlowSettings settings, int32_t workers) {
     VisGraph graph = ReadGrid(grid);
     BasePortalVis(graph, Eps);
