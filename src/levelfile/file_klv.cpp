@@ -169,7 +169,7 @@ void CFileKLV::SetChunkSize(Chunk number, int64_t size) {
 
 void CFileKLV::WriteHeader() {
     if (readOnly_) return;
-    header_.magic = {'K', 'L', 'V', Options().nod3dlmaps ? '5' : '7'};
+    std::memcpy(header_.magic.data(), Options().nod3dlmaps ? "KLV5" : "KLV7", header_.magic.size());
     WriteAt(0, sizeof(header_), &header_);
 }
 

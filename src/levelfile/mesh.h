@@ -38,9 +38,10 @@ int32_t AddMeshMaterial(CMesh& mesh, const MeshMaterial& material);
 // Makes the mesh's tables from its surfaces, the data sets and the lightmap fields; nothing when it is prepared.
 void PrepareMesh(CMesh& mesh);
 
-// The two lightmap axes of a mesh level's surface, from its plane's dominant axis and scaled by -litres; offsets are 0.
-// Takes the plane type (negative types count by their axis too) and the normal as the surface sees it. False when the
-// axes lie in no usable relation to the normal.
+// The two lightmap axes of a mesh level's surface, from its plane's dominant axis and scaled by -litres; their offsets
+// are 0. Takes the plane type (negative types count by their axis too) and the normal on the surface's side. The axes
+// are set in every case; false when they lie in no usable relation to the normal, so that the surface can have no
+// lightmap.
 bool LightmapAxes(int32_t planeType, const Vec3& normal, Vec3& axisS, Vec3& axisT);
 
 }  // namespace k2k

@@ -55,10 +55,6 @@ TextureName ToTextureName(std::string_view text) {
     return name;
 }
 
-std::string NameKey(const TextureName& name) {
-    return {name.data(), name.size()};
-}
-
 }  // namespace
 
 CTextureData& Textures() {
@@ -139,7 +135,7 @@ void CTextureData::ClearTexinfos() {
 int32_t CTextureData::FindTextureName(std::string_view name) {
     const TextureName wanted = ToTextureName(name);
     IndexNewNames();
-    const auto found = nameIndex_.find(NameKey(wanted));
+    const auto found = nameIndex_.find(wanted);
     if (found != nameIndex_.end()) return found->second;
     if (names.size() >= MaxTextureNames) FatalError("E019: Texture size overrun");
     names.push_back(wanted);
@@ -152,7 +148,7 @@ void CTextureData::IndexNewNames() {
         indexedNames_ = 0;
     }
     for (; indexedNames_ < names.size(); ++indexedNames_) {
-        nameIndex_.try_emplace(NameKey(names[indexedNames_]), static_cast<int32_t>(indexedNames_));
+        nameIndex_.try_emplace(names[indexedNames_], static_cast<int32_t>(indexedNames_));
     }
 }
 
@@ -219,10 +215,6 @@ CTextureData::TexinfoKey CTextureData::KeyOf(const Texinfo& record) {
     const auto length = static_cast<std::ptrdiff_t>(TerminatedText(plain.material).size());
     std::fill(plain.material.begin() + length, plain.material.end(), '\0');
     return std::bit_cast<TexinfoKey>(plain);
-}
-
-size_t CTextureData::KeyHash::operator()(const TexinfoKey& key) const {
-    return std::hash<std::string_view>{}({key.data(), key.size()});
 }
 
 const Texinfo& CTextureData::GetTexinfo(int32_t id) const {

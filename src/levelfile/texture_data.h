@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -18,6 +17,14 @@ constexpr int32_t MaxTexinfos = 32767;
 constexpr uint32_t SmallestPageBytes = 0x30000;  // a page of 256 x 256 texels of 3 bytes
 
 using TextureName = std::array<char, 16>;  // zero-filled, terminated unless it fills the field
+
+// Of names and records whose bytes are equal when they are.
+struct BytesHash {
+    template <size_t N>
+    size_t operator()(const std::array<char, N>& bytes) const {
+        return std::hash<std::string_view>{}({bytes.data(), N});
+    }
+};
 
 struct TexinfoAlias {
     uint32_t key = 0;  // with bit 0 the two floats take part in equality
@@ -70,9 +77,6 @@ class CTextureData : public CStorable {
     // A record's fields in a form whose bytes are equal when the records are: -0 as 0, nothing behind the material's
     // end.
     using TexinfoKey = std::array<char, sizeof(Texinfo)>;
-    struct KeyHash {
-        size_t operator()(const TexinfoKey& key) const;
-    };
     static TexinfoKey KeyOf(const Texinfo& record);
 
     int32_t FindTexinfo(const Texinfo& record);
@@ -83,9 +87,9 @@ class CTextureData : public CStorable {
     void WriteLightmapPages(CFileKLV& file);
 
     // The first row of each key, row 0 aside. Both indexes follow their tables when a search begins.
-    std::unordered_map<TexinfoKey, int32_t, KeyHash> texinfoIndex_;
+    std::unordered_map<TexinfoKey, int32_t, BytesHash> texinfoIndex_;
     size_t indexedTexinfos_ = 0;
-    std::unordered_map<std::string, int32_t> nameIndex_;
+    std::unordered_map<TextureName, int32_t, BytesHash> nameIndex_;
     size_t indexedNames_ = 0;
 };
 

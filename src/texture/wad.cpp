@@ -22,10 +22,6 @@ static_assert(sizeof(WadHeader) == 12);
 constexpr int32_t FirstVersionOfNumberedTypes = 7;
 constexpr int8_t LastNumberedType = 13;
 
-std::string Key(const TextureName& name) {
-    return {name.data(), name.size()};
-}
-
 }  // namespace
 
 void CWadFile::OpenWad(const std::string& path, const std::string& shownPath) {
@@ -71,13 +67,13 @@ void CWadFile::IndexTextures() {
     textures_.clear();
     for (size_t i = 0; i < directory_.size(); ++i) {
         const WadLump& lump = directory_[i];
-        if (!IsTexture(lump) || !textures_.try_emplace(Key(lump.name), i).second) continue;
+        if (!IsTexture(lump) || !textures_.try_emplace(lump.name, i).second) continue;
         if (!LiesInFile(lump.filePosition, lump.size)) Invalid();
     }
 }
 
 const WadLump* CWadFile::FindTexture(std::string_view name) const {
-    const auto found = textures_.find(Key(NormaliseLumpName(name)));
+    const auto found = textures_.find(NormaliseLumpName(name));
     return found == textures_.end() ? nullptr : &directory_[found->second];
 }
 

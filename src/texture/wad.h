@@ -53,7 +53,7 @@ class CWadFile {
     int64_t length_ = 0;
     int32_t wadVersion_ = 0;
     std::vector<WadLump> directory_;
-    std::unordered_map<std::string, size_t> textures_;  // name to the first texture lump of that name
+    std::unordered_map<TextureName, size_t, BytesHash> textures_;  // name to the first texture lump of that name
 };
 
 }  // namespace k2k

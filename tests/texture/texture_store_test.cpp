@@ -102,13 +102,15 @@ TEST_F(TextureStore, TheExtensionIsReplaced) {
 TEST_F(TextureStore, ADirectoryOutsideTheFileIsFatal) {
     const Wad wad = Wad().Add("A", 68, Image("A", 1, 1));
     for (const auto& [count, offset] : {std::pair{2, 44}, {1, 45}, {1, -1}, {-1, 44}, {INT32_MAX, 0}, {1, INT32_MAX}}) {
-        ExpectFatal([&] { Open(wad.Bytes(count, offset)); }, InvalidText());
+        const std::vector<uint8_t> bytes = wad.Bytes(count, offset);
+        ExpectFatal([&] { Open(bytes); }, InvalidText());
     }
 }
 
 TEST_F(TextureStore, ATextureOutsideTheFileIsFatal) {
     for (const auto& [position, size] : {std::pair{12, 33}, {45, 0}, {-1, 4}, {12, -1}, {INT32_MAX, INT32_MAX}}) {
-        ExpectFatal([&] { Open(Wad().AddEntry("A", 68, position, size).Bytes()); }, InvalidText());
+        const std::vector<uint8_t> bytes = Wad().AddEntry("A", 68, position, size).Bytes();
+        ExpectFatal([&] { Open(bytes); }, InvalidText());
     }
 }
 
