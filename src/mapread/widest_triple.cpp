@@ -25,11 +25,13 @@ struct Triple {
     std::array<int32_t, 3> order{2, 1, 0};  // positions, the highest first
 };
 
+// In double, so that triples of equal area are equal for the common coordinates.
 double SpannedLength(std::span<const Vec3> corners, const std::array<int32_t, 3>& order) {
-    const Vec3& middle = corners[static_cast<size_t>(order[1])];
-    const Vec3 a = Sub(corners[static_cast<size_t>(order[0])], middle);
-    const Vec3 b = Sub(middle, corners[static_cast<size_t>(order[2])]);
-    return std::sqrt(LengthSquared(Cross(a, b)));
+    const Vec3d middle = Widen(corners[static_cast<size_t>(order[1])]);
+    const Vec3d a = Sub(Widen(corners[static_cast<size_t>(order[0])]), middle);
+    const Vec3d b = Sub(middle, Widen(corners[static_cast<size_t>(order[2])]));
+    const Vec3d normal = Cross(a, b);
+    return std::sqrt(Dot(normal, normal));
 }
 
 std::array<int32_t, 3> LowestFirst(const Triple& triple) {
@@ -89,8 +91,8 @@ Interval Product(const Interval& a, const Interval& b) {
 
 // What a component of the cross product can be at most, in magnitude, rounding included.
 double ComponentBound(const Interval& a1, const Interval& b2, const Interval& a2, const Interval& b1) {
-    // Each 32-bit operation errs by 2^-24 of its result at most; twice their sum.
-    constexpr double rounding = 8.0 / (1U << 24U);
+    // Each operation, of the measure and of this bound, errs by 2^-53 of its result at most; far more than their sum.
+    constexpr double rounding = 64 * std::numeric_limits<double>::epsilon();
     const Interval left = Product(a1, b2);
     const Interval right = Product(a2, b1);
     const double sum = left.Magnitude() + right.Magnitude();
@@ -106,10 +108,7 @@ double LengthBound(const Run& high, const Run& middle, const Run& low) {
     const Vec3d bound{ComponentBound(a[1], b[2], a[2], b[1]), ComponentBound(a[2], b[0], a[0], b[2]),
                       ComponentBound(a[0], b[1], a[1], b[0])};
     const double length = std::sqrt(Dot(bound, bound));
-    // Beyond the 32-bit range, or not a number: anything can come out.
-    constexpr double safe = std::numeric_limits<float>::max() / 4;
-    if (!(length < safe)) return std::numeric_limits<double>::infinity();
-    return length + std::numeric_limits<float>::min();
+    return std::isnan(length) ? std::numeric_limits<double>::infinity() : length;
 }
 
 class BoundedSearch {

@@ -39,6 +39,20 @@ TEST(WidestTriple, IsTheFirstOfASquaresFourTriangles) {
     EXPECT_EQ(WidestTriple(square), (Positions{0, 1, 2}));
 }
 
+TEST(WidestTriple, IsTheFirstOfAParallelogramsFourTrianglesWhateverTheCoordinates) {
+    std::mt19937 random(3);
+    for (int round = 0; round < 200; ++round) {
+        const std::vector<Vec3> points = RandomCorners(random, 3, 16000, 0.125F);
+        std::vector<Vec3> corners(4, points[0]);
+        for (size_t axis = 0; axis < 3; ++axis) {
+            corners[1][axis] += points[1][axis];
+            corners[2][axis] += points[1][axis] + points[2][axis];
+            corners[3][axis] += points[2][axis];
+        }
+        EXPECT_EQ(WidestTriple(corners), (Positions{0, 1, 2})) << round;
+    }
+}
+
 TEST(WidestTriple, LeavesCornersOnAStraightEdgeOut) {
     const std::vector<Vec3> corners{{0, 0, 0}, {32, 0, 0}, {64, 0, 0}, {64, 64, 0}};
     EXPECT_EQ(WidestTriple(corners), (Positions{0, 2, 3}));
