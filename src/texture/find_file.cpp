@@ -36,11 +36,11 @@ fs::path FollowNoCase(const fs::path& folder, fs::path::const_iterator next, fs:
     const fs::path exact = folder / *next;
     std::error_code error;
     if (fs::exists(exact, error)) {
-        const fs::path found = FollowNoCase(exact, std::next(next), end);
+        fs::path found = FollowNoCase(exact, std::next(next), end);
         if (!found.empty()) return found;
     }
     for (const fs::path& entry : EntriesNamed(folder, next->string())) {
-        const fs::path found = entry == exact ? fs::path() : FollowNoCase(entry, std::next(next), end);
+        fs::path found = entry == exact ? fs::path() : FollowNoCase(entry, std::next(next), end);
         if (!found.empty()) return found;
     }
     return {};
