@@ -39,7 +39,8 @@ struct VertexSides {
     }
 };
 
-// Where the edge from p1 to p2 meets the plane; t is the fraction of the way. Axial planes are met exactly.
+// Where the edge from p1 to p2 meets the plane; t is the fraction of the way. Axial planes are met exactly. Narrowed
+// once, at the end: pieces of neighbouring faces that are cut from different lengths of one edge meet closely that way.
 Vec3 CutEdge(const Vec3& p1, const Vec3& p2, double t, const CPlane& plane) {
     Vec3 cut;
     for (size_t axis = 0; axis < 3; ++axis) {
@@ -48,7 +49,7 @@ Vec3 CutEdge(const Vec3& p1, const Vec3& p2, double t, const CPlane& plane) {
         } else if (plane.normal[axis] == -1.0F) {
             cut[axis] = -plane.dist;
         } else {
-            cut[axis] = static_cast<float>(p1[axis] + t * (p2[axis] - p1[axis]));
+            cut[axis] = static_cast<float>(p1[axis] + t * (static_cast<double>(p2[axis]) - p1[axis]));
         }
     }
     return cut;

@@ -22,6 +22,11 @@ Vec3 HashReach(const Vec3& mins, const Vec3& maxs) {
     return reach;
 }
 
+// The point at distance t along a direction, narrowed once.
+Vec3 PointAlong(const Vec3& from, const Vec3& dir, double t) {
+    return Narrow({from[0] + t * dir[0], from[1] + t * dir[1], from[2] + t * dir[2]});
+}
+
 // A unit vector that is the same for both directions of a line. False: no length, and the unit z vector.
 bool MakeCanonical(Vec3& dir) {
     Normalize(dir);
@@ -81,7 +86,7 @@ JunctionSide JunctionTable::FindJunctionEdge(const Vec3& p1, const Vec3& p2, int
 
     side.t1 = static_cast<float>(Dot(p1, dir));
     side.t2 = static_cast<float>(Dot(p2, dir));
-    const Vec3 origin = Sub(p1, Scale(dir, side.t1));
+    const Vec3 origin = PointAlong(p1, dir, -side.t1);
     if (side.t2 < side.t1) std::swap(side.t1, side.t2);
 
     const uint32_t chain = std::min(hash_(origin), JunctionHashCells - 1);
@@ -108,7 +113,7 @@ std::optional<Vec3> JunctionTable::MissingPoint(const JunctionSide& side) const 
     const auto point =
         std::lower_bound(edge.points.begin(), edge.points.end(), start, [](float t, double from) { return t < from; });
     if (point == edge.points.end() || !(*point < side.t2 - PointEpsilon)) return std::nullopt;
-    return Add(edge.origin, Scale(edge.dir, *point));
+    return PointAlong(edge.origin, edge.dir, *point);
 }
 
 }  // namespace k2k

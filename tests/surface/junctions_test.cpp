@@ -172,6 +172,24 @@ TEST_F(JunctionTest, TurnsLinesToTheirFirstPositiveComponent) {
     EXPECT_EQ(back.t1, 4);
 }
 
+TEST_F(JunctionTest, NarrowsOriginsAndInsertedPointsOnce) {
+    JunctionTable table(Mins, Maxs);
+    const Vec3 p1{17.3F, -201.7F, 93.1F};
+    const Vec3 p2{131.9F, 77.7F, -3.3F};
+    const JunctionSide side = table.FindJunctionEdge(p1, p2, 0);
+    const JunctionEdge& edge = table.edges()[0];
+    for (size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(edge.origin[i], static_cast<float>(p1[i] - static_cast<double>(side.t1) * edge.dir[i]));
+    }
+    const float t = side.t1 + 33.3F;
+    table.AddJunctionPoint(side.edge, t);
+    const auto missing = table.MissingPoint(side);
+    ASSERT_TRUE(missing);
+    for (size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ((*missing)[i], static_cast<float>(edge.origin[i] + static_cast<double>(t) * edge.dir[i]));
+    }
+}
+
 TEST_F(JunctionTest, ClearsSmallComponentsInFrontOfTheFirst) {
     JunctionTable table(Mins, Maxs);
     table.FindJunctionEdge({0, 0, 0}, {0.05F, 64, 0.05F}, 0);

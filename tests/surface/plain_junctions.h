@@ -45,6 +45,10 @@ class PlainJunctions {
         std::list<float> points;
     };
 
+    static Vec3 PointAlong(const Vec3& from, const Vec3& dir, double t) {
+        return Narrow({from[0] + t * dir[0], from[1] + t * dir[1], from[2] + t * dir[2]});
+    }
+
     static Vec3 Canonical(Vec3 dir) {
         Normalize(dir);
         for (float& v : dir) {
@@ -59,7 +63,7 @@ class PlainJunctions {
         const Vec3 dir = Canonical(Sub(p2, p1));
         t1 = static_cast<float>(Dot(p1, dir));
         t2 = static_cast<float>(Dot(p2, dir));
-        const Vec3 origin = Sub(p1, Scale(dir, t1));
+        const Vec3 origin = PointAlong(p1, dir, -t1);
         if (t2 < t1) std::swap(t1, t2);
         uint32_t cell = hash_(origin);
         if (cell > 1023) cell = 1023;
@@ -88,7 +92,7 @@ class PlainJunctions {
             auto point = line.points.begin();
             while (point != line.points.end() && *point < t1 + 0.01) ++point;
             if (point == line.points.end() || !(*point < t2 - 0.01)) continue;
-            ring.insert(ring.begin() + static_cast<std::ptrdiff_t>(j), Add(line.origin, Scale(line.dir, *point)));
+            ring.insert(ring.begin() + static_cast<std::ptrdiff_t>(j), PointAlong(line.origin, line.dir, *point));
             ++added;
             return true;
         }
