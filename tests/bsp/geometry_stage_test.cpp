@@ -1,0 +1,356 @@
+#include "bsp/geometry_stage.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "bsp/test_level.h"
+#include "driver/display.h"
+#include "levelfile/entity_data.h"
+
+namespace k2k {
+namespace {
+
+using test::BlockText;
+using test::RoomText;
+using test::StartText;
+using test::WorldText;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class GeometryStage : public test::LevelTest {
+  protected:
+    // A sealed room with a start point in its middle.
+    static std::string RoomMap() {
+        return WorldText(RoomText({16, 16, 16}, {144, 144, 144})) + StartText({80, 80, 80});
+    }
+
+    static constexpr std::string_view MissingTexture = " \nWARNING\tW050: texture ROCK not found\n";
+
+    // Reads the level of the folder into the data sets.
+    static void LoadLevel() {
+        ClearDataSets();
+        CFileKLV file("level.klv");
+        ASSERT_TRUE(file.Open(false));
+        ASSERT_TRUE(file.Load());
+    }
+};
+
+TEST_F(GeometryStage, PrintsEachStepOnce) {
+    EXPECT_EQ(Build(RoomMap()),
+              " \nBuilding fat hull ... ok"
+              " \nBuilding narrow hull ... ok"
+              " \nBuilding BSP tree ... ok"
+              " \nTesselating surfaces ..."
+              " ok\nChecking midpoints ... ok" +
+                  std::string(MissingTexture));
+}
+
+TEST_F(GeometryStage, WithNhOneCollisionHullOfZeroSizeIsBuilt) {
+    Options().nh = true;
+    EXPECT_THAT(Build(RoomMap()), StartsWith(" \nBuilding collision hull ... ok \nBuilding BSP tree ..."));
+    LoadLevel();
+    EXPECT_EQ(Geometry().info.headNodes[2], 0);
+    EXPECT_EQ(Geometry().info.hullMaxs[1], (std::array<int32_t, 3>{}));
+    // The room's inside in hull 1: six planes.
+    EXPECT_EQ(Portals().hullNodes.size(), 6U);
+}
+
+TEST_F(GeometryStage, HullTwoStandsTwiceInTheFinalTable) {
+    Build(RoomMap());
+    LoadLevel();
+    // Rows of hull 2 and 1 in the capture of hull 1, then hull 2 again; a box each.
+    EXPECT_EQ(Portals().hullNodes.size(), 18U);
+    EXPECT_EQ(Geometry().info.headNodes[1], 6);
+    EXPECT_EQ(Geometry().info.headNodes[2], 12);
+    EXPECT_EQ(Geometry().info.hullMins[1], (std::array<int32_t, 3>{-16, -16, -16}));
+    EXPECT_EQ(Geometry().info.hullMaxs[2], (std::array<int32_t, 3>{32, 32, 16}));
+    EXPECT_EQ(Geometry().info.hullMins[2], (std::array<int32_t, 3>{-32, -32, -32}));
+    EXPECT_EQ(Geometry().info.hullMaxs[3], (std::array<int32_t, 3>{}));
+}
+
+TEST_F(GeometryStage, ASealedRoomKeepsOnlyItsInside) {
+    Build(RoomMap());
+    LoadLevel();
+    EXPECT_EQ(Geometry().surfaces.size(), 6U);
+    EXPECT_EQ(Geometry().vertices.size(), 8U);
+    EXPECT_EQ(Portals().regions.size(), 2U);
+    EXPECT_EQ(Portals().regions[1].contents, ContentsEmpty);
+    EXPECT_EQ(Portals().nodes.size(), 6U);
+    EXPECT_EQ(Geometry().info.visRegions, 1);
+    EXPECT_EQ(test::ReadFile("level.$$p"), "PORT\n1\n0\n");
+}
+
+TEST_F(GeometryStage, TheWorldsExtentIsNoted) {
+    Build(RoomMap());
+    // The fat hull is the largest: walls of 144 and 64 units around.
+    EXPECT_EQ(Geometry().levelExtent, 144 + 64);
+}
+
+TEST_F(GeometryStage, TwoRoomsWriteThePortalBetweenThem) {
+    // A wall with a door of 32 x 48 parts the room at x = 64 .. 72.
+    const std::string wall = BlockText({64, 0, 0}, {72, 32, 128}) + BlockText({64, 64, 0}, {72, 128, 128}) +
+                             BlockText({64, 32, 48}, {72, 64, 128});
+    Build(WorldText(RoomText({0, 0, 0}, {128, 128, 128}) + wall) + StartText({32, 32, 32}));
+    const std::string text = test::ReadFile("level.$$p");
+    // The rooms and the doorway.
+    EXPECT_THAT(text, StartsWith("PORT\n3\n2\n"));
+    EXPECT_EQ(CountOf(text, "\n"), 5U);
+    EXPECT_EQ(text,
+              "PORT\n3\n2\n"
+              "4 0 1 (72 64 0 ) (72 32 0 ) (72 32 48 ) (72 64 48 ) \n"
+              "4 1 2 (64 64 0 ) (64 32 0 ) (64 32 48 ) (64 64 48 ) \n");
+}
+
+TEST_F(GeometryStage, WithNofillTheFirstTreeStaysAndNoPortalFileIsWritten) {
+    Options().nofill = true;
+    const std::string text = Build(RoomMap());
+    EXPECT_FALSE(std::filesystem::exists("level.$$p"));
+    EXPECT_THAT(text, HasSubstr("Building fat hull ... \nBuilding narrow hull ... \n"));
+    LoadLevel();
+    // The faces towards the void are there as well.
+    EXPECT_GT(Geometry().surfaces.size(), 6U);
+}
+
+TEST_F(GeometryStage, NoportalsStillWritesThePortalFile) {
+    Options().noportals = true;
+    Build(RoomMap());
+    EXPECT_TRUE(std::filesystem::exists("level.$$p"));
+}
+
+TEST_F(GeometryStage, ALevelOfThreeEntitiesWithNoneInsideWarns) {
+    const std::string room = WorldText(RoomText({16, 16, 16}, {144, 144, 144}));
+    const std::string inWall = StartText({12, 80, 80});
+    EXPECT_THAT(Build(room + inWall + inWall), HasSubstr("surfaces ... \nWARNING W092: Level leaking!\n ok\n"));
+    EXPECT_THAT(Build(room + inWall), Not(HasSubstr("W092")));
+    EXPECT_THAT(Build(room), Not(HasSubstr("W092")));
+}
+
+TEST_F(GeometryStage, ALeakKeepsTheOutwardFaces) {
+    // A room without a roof.
+    const std::string holed = WorldText(BlockText({8, 8, 8}, {16, 152, 152}) + BlockText({144, 8, 8}, {152, 152, 152}) +
+                                        BlockText({8, 8, 8}, {152, 16, 152}) + BlockText({8, 144, 8}, {152, 152, 152}) +
+                                        BlockText({8, 8, 8}, {152, 152, 16}));
+    Build(holed + StartText({80, 80, 80}));
+    EXPECT_EQ(WarnCount, 3);  // one a hull
+    LoadLevel();
+    EXPECT_GT(Geometry().surfaces.size(), 10U);
+}
+
+TEST_F(GeometryStage, BlocksOfAnotherEntityAreFatal) {
+    test::WriteFile("level.$$M",
+                    WorldText("") + "{\n1 0 0 0\n0 0 0\nstart\n" + BlockText({0, 0, 0}, {8, 8, 8}) + "}\n");
+    test::ExpectFatal([] { RunGeometryStage(); }, "\nProcessEntity: Unexpected map entity.\n");
+}
+
+TEST_F(GeometryStage, AMapWithoutBlocksIsALevelOfEntities) {
+    EXPECT_EQ(Build(WorldText("") + StartText({1, 2, 3})), "");
+    EXPECT_TRUE(Options().preview);
+    EXPECT_TRUE(Options().noportals);
+    EXPECT_FALSE(std::filesystem::exists("level.$$p"));
+    LoadLevel();
+    EXPECT_TRUE(Geometry().surfaces.empty());
+    EXPECT_EQ(Portals().regions.size(), 1U);
+    EXPECT_FALSE(EntityRecords().block.empty());
+}
+
+TEST_F(GeometryStage, OnlyClipBlocksStopAtTheVisibleTree) {
+    WriteMap(WorldText(BlockText({0, 0, 0}, {8, 8, 8}, "ROCK", "00000100")));
+    test::ExpectFatal([] { RunGeometryStage(); }, "E003 - no visible blocks in map");
+    EXPECT_THAT(TakeLoggedText(),
+                HasSubstr("Building fat hull ... ok \nBuilding narrow hull ... ok \nBuilding BSP tree ..."));
+}
+
+TEST_F(GeometryStage, WithNobspTheBlocksBecomeMeshes) {
+    Options().mesh = Options().nobsp = Options().nh = Options().noportals = Options().nodetail = true;
+    EXPECT_EQ(Build(RoomMap()), " \nBuilding geometry ... ok" + std::string(MissingTexture));
+    EXPECT_EQ(Geometry().meshes.size(), 6U);
+    EXPECT_EQ(Geometry().surfaces.size(), 36U);
+    EXPECT_EQ(Geometry().info.visRegions, -1);
+    EXPECT_EQ(Geometry().info.firstSurface, -1);
+    EXPECT_TRUE(Portals().nodes.empty());
+    EXPECT_TRUE(Portals().hullNodes.empty());
+}
+
+TEST_F(GeometryStage, WithNobspOnlyClipBlocksAreFatal) {
+    Options().mesh = Options().nobsp = Options().nh = true;
+    WriteMap(WorldText(BlockText({0, 0, 0}, {8, 8, 8}, "ROCK", "00000100")));
+    test::ExpectFatal([] { RunGeometryStage(); }, "E003 - no visible blocks in map");
+}
+
+TEST_F(GeometryStage, ALevelWithoutWorldHasNoTextureFile) {
+    WriteMap(StartText({0, 0, 0}));
+    test::ExpectFatal([] { RunGeometryStage(); }, "Texture file\tmissing!");
+}
+
+TEST_F(GeometryStage, OldFilesAreRemovedAtTheStart) {
+    for (const char* name : {"level.klv", "level.$$p", "level.$$v", "level.$$e"}) test::WriteFile(name, "old");
+    WriteMap("{ 0 textures.$$w\npalette.raw\n");
+    test::ExpectFatal([] { RunGeometryStage(); }, " \nE715");
+    for (const char* name : {"level.klv", "level.$$p", "level.$$v", "level.$$e"}) {
+        EXPECT_FALSE(std::filesystem::exists(name)) << name;
+    }
+    EXPECT_TRUE(std::filesystem::exists("level.$$M"));
+}
+
+TEST_F(GeometryStage, EntitiesAreClearedAtTheEnd) {
+    Build(RoomMap());
+    EXPECT_TRUE(Entities().empty());
+}
+
+TEST_F(GeometryStage, LightsonlyLeavesEverythingAsItIs) {
+    test::WriteFile("level.klv", "old");
+    Options().lightsonly = true;
+    EXPECT_EQ(Build(RoomMap()), "");
+    EXPECT_EQ(test::ReadFile("level.klv"), "old");
+    EXPECT_EQ(Paths().PortalPath, "level.$$p");
+}
+
+TEST_F(GeometryStage, EntsonlyRewritesTheEntitiesAlone) {
+    Build(RoomMap());
+    Options().entsonly = true;
+    const std::string other =
+        WorldText(RoomText({0, 0, 0}, {64, 64, 64})) + StartText({1, 2, 3}) + StartText({4, 5, 6});
+    EXPECT_EQ(Build(other), "\nUpdating 2 objects...\n");
+    LoadLevel();
+    EXPECT_EQ(Geometry().surfaces.size(), 6U);
+    // The level entity has no record.
+    EXPECT_EQ(EntityRecordViews(EntityRecords().block).size(), 2U);
+}
+
+TEST_F(GeometryStage, TexsonlyReloadsTexturesAndTellsWhenTheMapChanged) {
+    Build(RoomMap());
+    Options().texsonly = true;
+    const std::string same = Build(RoomMap());
+    EXPECT_THAT(same, Not(HasSubstr("W022")));
+    EXPECT_THAT(same, EndsWith(" \n1 textures"));
+    const std::string changed =
+        Build(WorldText(RoomText({16, 16, 16}, {144, 144, 144}) + BlockText({20, 20, 20}, {24, 24, 24}, "WOOD")) +
+              StartText({80, 80, 80}));
+    EXPECT_THAT(changed, HasSubstr(" \nWARNING W022: Map must be rebuilt!\n"));
+    EXPECT_THAT(changed, EndsWith(" \n2 textures"));
+    LoadLevel();
+    EXPECT_EQ(Geometry().surfaces.size(), 6U);
+}
+
+// --- The zoom loop. The number of reads shows in the warning that a model's long file name gives, which no mode
+// silences.
+
+class ZoomLoop : public GeometryStage {
+  protected:
+    ZoomLoop() { Options().autozoom = true; }
+
+    // A map that never reads without a warning, in a dialect that scales.
+    static std::string WarningMap() { return WorldText("") + LongNameModel(); }
+    static std::string LongNameModel() {
+        return "{\n3 0 0 0\n0 0 0\n1 1 1\n" + std::string(40, 'x') + "\nname\nndef\n0 0 0 0 0 0 0 0\n00\n}\n";
+    }
+};
+
+TEST_F(ZoomLoop, AMapWithoutWarningsIsReadOnce) {
+    const std::string text = Build(RoomMap());
+    EXPECT_THAT(text, StartsWith(" \nDetermining best zoom factor [1..1]\nAutozoom set to 1\n"));
+    EXPECT_EQ(Options().zoomlevel, 1.0F);
+}
+
+TEST_F(ZoomLoop, ATieKeepsTheSmallerZoom) {
+    Options().zoomlevel = 4;
+    const std::string text = Build(WarningMap());
+    EXPECT_THAT(text, StartsWith(" \nDetermining best zoom factor [1..4]\n"));
+    EXPECT_THAT(text, HasSubstr("Autozoom set to 1\n"));
+    EXPECT_EQ(Options().zoomlevel, 1.0F);
+    // Zooms 1 to 4, once more at 1, and the read of the build. The file's second test warns again.
+    EXPECT_EQ(CountOf(text, "W050"), 6U * 2U);
+}
+
+TEST_F(ZoomLoop, AZoomBelowOneSearchesUpToTen) {
+    Options().zoomlevel = 0.5F;
+    const std::string text = Build(WarningMap());
+    EXPECT_THAT(text, StartsWith(" \nDetermining best zoom factor [1..10]\n"));
+    EXPECT_EQ(CountOf(text, "W050"), 12U * 2U);
+}
+
+TEST_F(ZoomLoop, ReportModesComeBack) {
+    Options().verbose = true;
+    Build(RoomMap());
+    EXPECT_TRUE(Options().verbose);
+    EXPECT_FALSE(Options().quiet);
+}
+
+TEST_F(ZoomLoop, WithoutAutozoomTheZoomStays) {
+    Options().autozoom = false;
+    Options().zoomlevel = 3;
+    const std::string text = Build(WarningMap());
+    EXPECT_THAT(text, Not(HasSubstr("zoom")));
+    EXPECT_EQ(CountOf(text, "W050"), 2U * 2U);
+    EXPECT_EQ(Options().zoomlevel, 3.0F);
+}
+
+// --- The detail loop.
+
+class DetailLoop : public GeometryStage {
+  protected:
+    static constexpr std::string_view DetailFlag = "00010000";
+
+    static std::string MapWith(const std::string& blocks) {
+        return WorldText(RoomText({16, 16, 16}, {144, 144, 144}) + blocks) + StartText({24, 24, 120});
+    }
+    // In the middle of the floor: the floor would have to be cut.
+    static std::string Intersecting() { return BlockText({60, 60, 12}, {100, 100, 40}, "ROCK", DetailFlag); }
+    static std::string Floating() { return BlockText({20, 60, 60}, {40, 80, 80}, "ROCK", DetailFlag); }
+};
+
+TEST_F(DetailLoop, CleanDetailIsCheckedOnce) {
+    EXPECT_THAT(Build(MapWith(Floating())),
+                StartsWith(" \nChecking detail intersections ... ok ok \nBuilding fat hull"));
+    LoadLevel();
+    // The room stays one region, with the faces of the detail block in its list.
+    EXPECT_EQ(Portals().regions.size(), 2U);
+    EXPECT_EQ(Geometry().surfaces.size(), 12U);
+    EXPECT_EQ(Portals().regions[1].surfaceCount, 12U);
+    EXPECT_EQ(Portals().regions[1].contents, ContentsEmpty | ContentsDetail);
+}
+
+TEST_F(DetailLoop, IntersectingBlocksBecomePlainOnes) {
+    EXPECT_THAT(Build(MapWith(Floating() + Intersecting())),
+                StartsWith(" \nChecking detail intersections ... ok"
+                           "\nIntersecting detail blocks (1/2)- recompiling..."
+                           " \nChecking detail intersections ... ok ok \nBuilding fat hull"));
+    LoadLevel();
+    EXPECT_GT(Portals().regions.size(), 2U);
+}
+
+TEST_F(DetailLoop, ForcedetailSkipsTheCheckAndOverlapsStay) {
+    Options().forcedetail = true;
+    EXPECT_THAT(Build(MapWith(Intersecting())), StartsWith(" \nBuilding fat hull"));
+    LoadLevel();
+    EXPECT_EQ(Portals().regions.size(), 2U);
+}
+
+TEST_F(DetailLoop, NodetailNeverChecks) {
+    Options().nodetail = true;
+    EXPECT_THAT(Build(MapWith(Intersecting())), StartsWith(" \nBuilding fat hull"));
+}
+
+TEST_F(DetailLoop, DetailInsideAWallMarksTheRoot) {
+    // All its surfaces lie in solid leaves, so the tree's root is left with them; no region lists them.
+    Options().forcedetail = true;
+    Build(MapWith(BlockText({10, 60, 60}, {14, 70, 70}, "ROCK", DetailFlag)));
+    LoadLevel();
+    EXPECT_EQ(Geometry().surfaces.size(), 12U);
+    EXPECT_EQ(Portals().regions[1].surfaceCount, 6U);
+    EXPECT_EQ(Portals().nodes.size(), 6U);
+}
+
+TEST_F(DetailLoop, AMapOfDetailAloneIsSolidOutside) {
+    // No structural block is left for the trees of the visible hull.
+    Build(WorldText(BlockText({0, 0, 0}, {64, 64, 64}, "ROCK", DetailFlag)) + StartText({100, 100, 100}));
+    LoadLevel();
+    EXPECT_EQ(Geometry().surfaces.size(), 6U);
+}
+
+}  // namespace
+}  // namespace k2k
