@@ -5,6 +5,7 @@
 
 #include "driver/build_log.h"
 #include "solid/block_index.h"
+#include "solid/face_cutter.h"
 #include "solid/merge_list.h"
 
 namespace k2k {
@@ -12,7 +13,6 @@ namespace k2k {
 namespace {
 
 constexpr int32_t BlocksPerMark = 60;
-constexpr int32_t ContentsVolume = ContentsSolid | ContentsOpen;  // a volume that solid blocks keep their faces in
 
 // By plane number.
 template <typename List>
@@ -20,10 +20,6 @@ List& ListOfPlane(std::vector<List>& lists, int32_t planenum) {
     const auto plane = static_cast<size_t>(planenum);
     if (plane >= lists.size()) lists.resize(plane + 1);
     return lists[plane];
-}
-
-int32_t WithoutMarks(int32_t contents) {
-    return contents & ~(ContentsMarked | ContentsDetail);
 }
 
 std::unique_ptr<CBlockFace> ReversedTwin(const CBlockFace& face) {
@@ -51,95 +47,32 @@ SurfaceList BuildSurfaces(std::vector<FaceList>& planeFaces) {
     return surfaces;
 }
 
-class FaceCutter {
+// The faces that are left of all blocks, by plane number.
+class PlaneFaces {
   public:
-    // Takes up copies of the block's faces, as seen from empty space.
-    void CopyFacesToOutside(const CBlock& block);
-    // Cuts b2 out of the faces of b1. With precedence b2's coplanar faces give way.
-    void ClipByBlock(const CBlock& b1, const CBlock& b2, bool precedence);
-    // Hands over the faces that are left, and their reversed twins for a block that can be looked into.
-    void SaveOutside(bool mirror);
-    bool HasFaces() const { return !outside_.empty(); }
+    // Takes the cutter's faces, and their reversed twins for a block that can be looked into.
+    void Save(FaceCutter& cutter, bool mirror) {
+        while (std::unique_ptr<CBlockFace> face = cutter.TakeFace()) {
+            std::unique_ptr<CBlockFace> twin = mirror ? ReversedTwin(*face) : nullptr;
+            MergeList& list = ListOfPlane(lists_, face->planenum);
+            list.Merge(std::move(face));
+            if (twin != nullptr) list.Merge(std::move(twin));
+            // Taking merged faces out moves the others one by one to the head of a new list.
+            list.Reverse();
+        }
+    }
 
-    SurfaceList Finish(bool printOk);
+    SurfaceList Finish(bool printOk) {
+        if (printOk) BuildLog(" ok");
+        std::vector<FaceList> planeFaces;
+        planeFaces.reserve(lists_.size());
+        for (MergeList& list : lists_) planeFaces.push_back(list.Take());
+        return BuildSurfaces(planeFaces);
+    }
 
   private:
-    void ClipInside(int32_t planenum, int32_t side, bool precedence);
-    void FreeInside(int32_t contents);
-
-    FaceList outside_;  // faces of the block in work that are still alive
-    FaceList inside_;   // of those, the ones not yet found outside the other block
-    std::vector<MergeList> planeFaces_;
+    std::vector<MergeList> lists_;
 };
-
-void FaceCutter::CopyFacesToOutside(const CBlock& block) {
-    for (const CBlockFace& face : block.faces) {
-        std::unique_ptr<CBlockFace> copy = face.Clone();
-        copy->sourceBlock = block.blockNumber;
-        copy->contents = {ContentsEmpty, block.contents};
-        outside_.push_front(std::move(copy));
-    }
-}
-
-void FaceCutter::ClipByBlock(const CBlock& b1, const CBlock& b2, bool precedence) {
-    inside_ = std::move(outside_);
-    for (const CBlockFace& face : b2.faces) ClipInside(face.planenum, face.planeside, precedence);
-    const bool isSolidInVolume = IsSolidOrDetail(b1.contents) && WithoutMarks(b2.contents) == ContentsVolume;
-    FreeInside(isSolidInVolume ? b2.contents : ContentsSolid);
-}
-
-void FaceCutter::ClipInside(int32_t planenum, int32_t side, bool precedence) {
-    const CPlane& plane = TablePlane(planenum);
-    FaceList stillInside;
-    while (!inside_.empty()) {
-        std::unique_ptr<CBlockFace> face = inside_.pop_front();
-        std::unique_ptr<CBlockFace> outer, inner;
-        if (face->planenum != planenum) {
-            FacePieces pieces = SplitFace(std::move(face), plane);
-            outer = std::move(side == 0 ? pieces.front : pieces.back);
-            inner = std::move(side == 0 ? pieces.back : pieces.front);
-        } else if (face->planeside == side && !precedence) {
-            outer = std::move(face);
-        } else {
-            inner = std::move(face);
-        }
-        if (outer != nullptr) outside_.push_front(std::move(outer));
-        if (inner != nullptr) stillInside.push_front(std::move(inner));
-    }
-    inside_ = std::move(stillInside);
-}
-
-void FaceCutter::FreeInside(int32_t contents) {
-    if (IsSolidOrDetail(contents)) {
-        inside_.clear();
-        return;
-    }
-    while (!inside_.empty()) {
-        std::unique_ptr<CBlockFace> face = inside_.pop_front();
-        face->contents[0] = contents;
-        outside_.push_front(std::move(face));
-    }
-}
-
-void FaceCutter::SaveOutside(bool mirror) {
-    while (!outside_.empty()) {
-        std::unique_ptr<CBlockFace> face = outside_.pop_front();
-        std::unique_ptr<CBlockFace> twin = mirror ? ReversedTwin(*face) : nullptr;
-        MergeList& list = ListOfPlane(planeFaces_, face->planenum);
-        list.Merge(std::move(face));
-        if (twin != nullptr) list.Merge(std::move(twin));
-        // Taking merged faces out moves the others one by one to the head of a new list.
-        list.Reverse();
-    }
-}
-
-SurfaceList FaceCutter::Finish(bool printOk) {
-    if (printOk) BuildLog(" ok");
-    std::vector<FaceList> planeFaces;
-    planeFaces.reserve(planeFaces_.size());
-    for (MergeList& list : planeFaces_) planeFaces.push_back(list.Take());
-    return BuildSurfaces(planeFaces);
-}
 
 bool IsMirrored(const CBlock& block) {
     return !IsSolidOrDetail(block.contents);
@@ -150,29 +83,31 @@ bool IsMirrored(const CBlock& block) {
 SurfaceList CSGFaces(const CBlockSet& set, bool printOk) {
     StartProgress(set.count);
     FaceCutter cutter;
+    PlaneFaces kept;
     BlockIndex index(set);
     const std::vector<const CBlock*>& blocks = index.blocks();
     for (int32_t i = 0; i < static_cast<int32_t>(blocks.size()); ++i) {
         const CBlock& block = *blocks[i];
         if (++ProgressDone % BlocksPerMark == 0) BuildLog(".");
-        cutter.CopyFacesToOutside(block);
+        cutter.Start(block);
         for (const int32_t other : index.Meeting(block)) {
             if (!cutter.HasFaces()) break;
-            if (other != i) cutter.ClipByBlock(block, *blocks[other], other > i);
+            if (other != i) cutter.ClipBy(*blocks[other], block, other > i);
         }
-        cutter.SaveOutside(IsMirrored(block));
+        kept.Save(cutter, IsMirrored(block));
     }
-    return cutter.Finish(printOk);
+    return kept.Finish(printOk);
 }
 
 SurfaceList CopyBlockFaces(const CBlockSet& set, bool printOk) {
     StartProgress(set.count);
     FaceCutter cutter;
+    PlaneFaces kept;
     for (const CBlock& block : set.blocks) {
-        cutter.CopyFacesToOutside(block);
-        cutter.SaveOutside(IsMirrored(block));
+        cutter.Start(block);
+        kept.Save(cutter, IsMirrored(block));
     }
-    return cutter.Finish(printOk);
+    return kept.Finish(printOk);
 }
 
 SurfaceList GatherTreeSurfaces(std::unique_ptr<CBspNode> root) {

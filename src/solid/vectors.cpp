@@ -31,10 +31,4 @@ double NormalizeD(Vec3d& v) {
     return NormalizeBy(v, std::sqrt(Dot(v, v)));
 }
 
-bool VectorEqual(const Vec3& a, const Vec3& b, double tolerance) {
-    const Vec3 difference = Sub(a, b);
-    return std::fabs(difference[0]) <= tolerance && std::fabs(difference[1]) <= tolerance &&
-           std::fabs(difference[2]) <= tolerance;
-}
-
 }  // namespace k2k

@@ -66,7 +66,11 @@ float Normalize(Vec3& v);
 double NormalizeD(Vec3d& v);
 
 // True when no axis differs by more than the tolerance (a difference equal to it counts as equal).
-bool VectorEqual(const Vec3& a, const Vec3& b, double tolerance);
+inline bool VectorEqual(const Vec3& a, const Vec3& b, double tolerance) {
+    const Vec3 difference = Sub(a, b);
+    return std::fabs(difference[0]) <= tolerance && std::fabs(difference[1]) <= tolerance &&
+           std::fabs(difference[2]) <= tolerance;
+}
 
 // Nearest whole number, halves upwards.
 inline double Nearest(double v) {
