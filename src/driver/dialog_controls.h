@@ -15,6 +15,8 @@ namespace k2k {
 inline constexpr std::string_view DialogTitle = "Map Compiler";
 inline constexpr std::string_view DialogVersion = "v7.20";
 inline constexpr std::string_view BuildGroupLabel = " Build / Update ";
+inline constexpr std::string_view MoreLabel = ">>>";  // shows and hides the lower half, which starts hidden
+inline constexpr std::string_view DefaultBuildLabel = "Default build";
 
 // clang-format off
 enum class Slider : size_t {

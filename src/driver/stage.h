@@ -21,8 +21,8 @@ constexpr uint32_t State = 0xFFF0;  // cleared before a new state is set
 }  // namespace StageBits
 
 constexpr int StageCount = 4;
-using StageWords = std::array<uint32_t, StageCount>;
-constexpr StageWords NewStageWords{1, 2, 3, 4};
+using StageState = std::array<uint32_t, StageCount>;
+constexpr StageState NewStageState{1, 2, 3, 4};
 
 // A worker's body: runs the stage of the word and posts how it ended. The value that the stage returns does not matter;
 // only a fatal error makes it fail. Returns 1, or 0 when there was nothing to run.

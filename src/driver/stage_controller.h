@@ -35,7 +35,7 @@ class StageController {
     Tick tick_;
     std::time_t startTime_;
     MessageQueue queue_;
-    StageWords words_ = NewStageWords;
+    StageState words_ = NewStageState;
     bool running_ = true;
     int exitCode_ = 0;
     std::unique_ptr<StackThread> worker_;  // after all that a worker reaches

@@ -23,6 +23,12 @@ TEST_F(Logging, FormatsAndShowsText) {
     EXPECT_EQ(Logged(), "3 textures");
 }
 
+TEST_F(Logging, PiecesOfALineMakeOneLine) {
+    BuildLog(" \nBuilding BSP tree ...");
+    BuildLog(" ok\n");
+    EXPECT_EQ(Logged(), " \nBuilding BSP tree ... ok\n");
+}
+
 TEST_F(Logging, TellsWhenThereIsNoView) {
     SetLogView(nullptr);
     EXPECT_EQ(BuildLog("lost"), -1);
