@@ -8,6 +8,9 @@
 #include <string>
 
 #include "light/direct_lighting.h"
+#include "light/light_face.h"
+#include "light/light_finishing.h"
+#include "light/phong_table.h"
 #include "light/rays.h"
 #include "support/files.h"
 #include "test_level.h"
@@ -266,6 +269,19 @@ TEST_F(LightingStage, WithoutTrueColourLightmapsTheBlankBlockIsLarger) {
     EXPECT_TRUE(Textures().pages.empty());
 }
 
+TEST_F(LightingStage, LightsonlyTakesTheObjectsOfTheMapFirst) {
+    SaveRoom();
+    WriteFile(Paths().MapPath, "{\n0 wad\npal\n}\n{\n5 0 45\n}\n{\n2 0 0 100\n0 0 0\n50 50 50 400\n}\n");
+    Options().lightsonly = true;
+    Options().entsonly = true;  // gives way to the other
+    TakeLoggedText();
+    EXPECT_EQ(RunStage(), 0);
+    EXPECT_THAT(TakeLoggedText(), ::testing::StartsWith("\nUpdating 2 objects...\n \nPlacing 2 objects ..... ok \n"));
+    LoadLevel();
+    EXPECT_EQ(Geometry().surfaces[4].lightShift, 4);
+    EXPECT_GT(MeanOf(4)[0], 50);
+}
+
 TEST_F(LightingStage, BrokenTablesOfALevelAreFatal) {
     lights_ = {{"0 0 100", "50 50 50 400", "0"}};
     const auto expectBroken = [&](auto change) {
@@ -380,6 +396,26 @@ TEST_F(NegatedPlanes, TheOrderOfOneWorkerHoldsOnAnyNumberOfThreads) {
             EXPECT_TRUE(SameBytes(Generate(threads), one)) << side << " " << threads;
         }
     }
+}
+
+TEST_F(NegatedPlanes, EqualsAPlainPassOverTheSurfaces) {
+    MakeStrips(1);
+    const Outcome result = Generate(3);
+    MakeStrips(1);
+    Options().lmambient = 50;
+    const RayStructures rays;
+    OpenLighting();
+    SetDirectLights();
+    std::vector<std::unique_ptr<CLightFace>> faces;
+    for (uint32_t i = 0; i < Geometry().surfaces.size(); i++) faces.push_back(MakeLightFace(i));
+    const CPhongTable smooth;
+    FaceScratch scratch(smooth, PlaneFlips::Apply);
+    for (const auto& face : faces) {
+        if (auto block = LightSurface(*face, scratch)) LightBlocks().push_back(std::move(*block));
+    }
+    FinishLightmaps(0);
+    EXPECT_TRUE(SameBytes({Textures().pages, Geometry().surfaces, Geometry().planes, result.text}, result));
+    EXPECT_NE(Textures().pages.size(), 1U);
 }
 
 TEST_F(NegatedPlanes, DotsAreNotPrintedTwice) {
