@@ -10,7 +10,7 @@ std::string Name(const char* what, int64_t i) {
 
 // A contents word: empty or solid, with flag bits.
 bool IsContents(int32_t word) {
-    return word == -256 || (word < 0 && (word & ~(1 | 2 | 4 | 16)) == -128);
+    return (word & ~16) == -256 || (word < 0 && (word & ~(1 | 2 | 4 | 16)) == -128);
 }
 
 struct TreeWalk {
