@@ -1,13 +1,10 @@
 #include "bsp/split_choice.h"
 
 #include <algorithm>
-#include <cmath>
-#include <vector>
 
+#include "bsp/split_count.h"
 #include "driver/build_log.h"
-#include "driver/build_options.h"
 #include "levelfile/texture_data.h"
-#include "solid/vectors.h"
 
 namespace k2k {
 namespace {
@@ -40,53 +37,6 @@ Box BoxOfSurfaces(const SurfaceList& surfaces) {
         }
     }
     return box;
-}
-
-// Whether every point of the surface's box keeps so far to one side of the plane that no face in it can straddle. The
-// distances allow for the rounding of the face test, and for cut vertices that lie a rounding error outside the box.
-class ClearOfPlane {
-  public:
-    explicit ClearOfPlane(const CPlane& plane) : plane_(plane), eps_(Options().eps) {}
-
-    bool operator()(const CSplitSurface& surface) const {
-        double low = 0;
-        double high = 0;
-        double magnitude = std::fabs(plane_.dist);
-        for (size_t axis = 0; axis < 3; ++axis) {
-            const double n = plane_.normal[axis];
-            const double atMins = n * surface.mins[axis];
-            const double atMaxs = n * surface.maxs[axis];
-            low += std::min(atMins, atMaxs);
-            high += std::max(atMins, atMaxs);
-            magnitude += std::max(std::fabs(atMins), std::fabs(atMaxs));
-        }
-        const double reach = magnitude * RoundingShare - eps_;
-        return low - plane_.dist > reach || plane_.dist - high > reach;
-    }
-
-  private:
-    static constexpr double RoundingShare = 1e-6;  // some sixteen units in the last place of a 32-bit number
-    const CPlane& plane_;
-    const double eps_;
-};
-
-// Counts the faces that the plane of the splitter would cut. A count that can no longer beat the best is cut short: it
-// stops within a surface when it reaches the best, and altogether when it passes it. The cut counts are compared as
-// they are, so surfaces may be passed over only when none of their faces is cut.
-int CountSplits(const std::vector<const CSplitSurface*>& surfaces, const CSplitSurface& splitter, float bestSplits) {
-    const CPlane& plane = TablePlane(splitter.planenum);
-    const ClearOfPlane clearOfPlane(plane);
-    int splits = 0;
-    for (const CSplitSurface* surface : surfaces) {
-        if (surface == &splitter || clearOfPlane(*surface)) continue;
-        for (const CBlockFace& face : surface->faces) {
-            if (FaceSide(face, plane) != 2) continue;
-            ++splits;
-            if (static_cast<float>(splits) >= bestSplits) break;
-        }
-        if (static_cast<float>(splits) > bestSplits) break;
-    }
-    return splits;
 }
 
 // The best splitter so far.
@@ -161,15 +111,12 @@ CSplitSurface* ChooseMidPlane(const SurfaceList& surfaces, const Vec3& mins, con
 }
 
 CSplitSurface* ChooseSplitPlane(const SurfaceList& surfaces, const Vec3& mins, const Vec3& maxs, bool allowFloors) {
-    std::vector<const CSplitSurface*> counted;
-    for (const CSplitSurface& surface : surfaces) {
-        if (!surface.onNode) counted.push_back(&surface);
-    }
+    const SplitCounter counter(surfaces);
     SplitContest contest(mins, maxs);
     for (CSplitSurface& surface : surfaces) {
         if (surface.onNode) continue;
         if (!allowFloors && TablePlane(surface.planenum).normal[2] == 1.0F) continue;
-        contest.Enter(surface, static_cast<float>(CountSplits(counted, surface, contest.bestSplits())));
+        contest.Enter(surface, static_cast<float>(counter.Count(surface, contest.bestSplits())));
     }
     return contest.winner();
 }
