@@ -116,6 +116,7 @@ class CFileMap : public CFileBase {
     void RequireToken();
     std::string_view token() const { return scanner_.view(); }
     int line() const { return scanner_.line(); }
+    size_t textSize() const { return text_.size(); }
 
     // Plain mapping: shifts, rotation, scales.
     void ReadPlainMapping(Texinfo& texinfo, const MapFace& face);
@@ -127,7 +128,6 @@ class CFileMap : public CFileBase {
     bool extended_ = false;  // mapping by vectors
     bool meshFound_ = false;
     CEntity* currentEntity_ = nullptr;
-    size_t textSize() const { return text_.size(); }
 
   private:
     void SkipBlock();
