@@ -102,6 +102,25 @@ TEST_F(BlockFaceTest, SplitNarrowsTheCutOnce) {
     }
 }
 
+TEST_F(BlockFaceTest, SplitNarrowsCutPointsOnce) {
+    test::Random random(3);
+    const CPlane plane = PlaneOf({0.6F, 0.8F, 0}, 7.3F);
+    for (int i = 0; i < 100; ++i) {
+        const Vec3 p1 = Narrow({random.Real(50, 900), random.Real(50, 900), random.Real(-900, 900)});
+        const Vec3 p2 = Narrow({random.Real(-900, -50), random.Real(-900, -50), random.Real(-900, 900)});
+        const double d1 = static_cast<float>(Dot(plane.normal, p1) - plane.dist);
+        const double d2 = static_cast<float>(Dot(plane.normal, p2) - plane.dist);
+        Vec3 expected;
+        for (size_t axis = 0; axis < 3; ++axis) {
+            const double along = static_cast<double>(p2[axis]) - p1[axis];
+            expected[axis] = static_cast<float>(p1[axis] + d1 / (d1 - d2) * along);
+        }
+        const FacePieces pieces = SplitFace(MakeFloorFace({p1, p2, {p2[0] - 99, p2[1], p2[2]}}), plane);
+        EXPECT_EQ(pieces.front->points[1], expected);
+        EXPECT_EQ(pieces.back->points[0], expected);
+    }
+}
+
 TEST_F(BlockFaceTest, SplitDropsAPieceThatIsTooThin) {
     // The cut of the tip is 0.004 wide.
     auto face = MakeFloorFace({{0, 0, 0}, {100, 2, 0}, {100, -2, 0}});
