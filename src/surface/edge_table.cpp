@@ -7,7 +7,7 @@ namespace k2k {
 void EdgeTable::Begin(float bound, const CGeometryData& level) {
     weld_.InitWeldHash(bound);
     firstVertex_ = static_cast<uint32_t>(level.vertices.size());
-    firstEdge_ = static_cast<int32_t>(level.edges.size());
+    firstEdge_ = level.edges.size();
     edgeFaces_.clear();
     latestFrom_.clear();
 }
@@ -20,7 +20,7 @@ int32_t EdgeTable::FindUnshared(uint32_t from, uint32_t to, uint32_t chain, int3
     int32_t position = latestFrom_[from - firstVertex_];
     while (position >= 0) {
         const EdgeFaces& faces = edgeFaces_[static_cast<size_t>(position)];
-        const CEdge& edge = level.edges[static_cast<size_t>(firstEdge_ + position)];
+        const CEdge& edge = level.edges[firstEdge_ + static_cast<size_t>(position)];
         if (edge.second == to && faces.chain == chain && !faces.shared && faces.contents == contents) break;
         position = faces.next;
     }
@@ -35,7 +35,7 @@ int32_t EdgeTable::AddEdge(uint32_t from, uint32_t to, uint32_t chain, int32_t c
     const auto number = static_cast<int32_t>(level.edges.size());
     level.edges.push_back({from, to});
     edgeFaces_.push_back({latest, chain, contents, false});
-    latest = number - firstEdge_;
+    latest = static_cast<int32_t>(edgeFaces_.size() - 1);
     return number;
 }
 
@@ -48,7 +48,7 @@ int32_t EdgeTable::EdgeNumber(const Vec3& p1, const Vec3& p2, const CBlockFace& 
 
     if (const int32_t found = FindUnshared(b, a, chain, contents, level); found >= 0) {
         edgeFaces_[static_cast<size_t>(found)].shared = true;
-        return -(firstEdge_ + found);
+        return -static_cast<int32_t>(firstEdge_ + static_cast<size_t>(found));
     }
     return AddEdge(a, b, chain, contents, level);
 }

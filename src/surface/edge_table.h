@@ -39,7 +39,7 @@ class EdgeTable {
 
     WeldTable weld_;
     uint32_t firstVertex_ = 0;
-    int32_t firstEdge_ = 0;
+    size_t firstEdge_ = 0;
     std::vector<EdgeFaces> edgeFaces_;
     std::vector<int32_t> latestFrom_;  // latest edge that leaves each vertex of the model, -1 for none
 };

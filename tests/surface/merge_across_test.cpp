@@ -68,6 +68,18 @@ TEST_F(MergeAcrossTest, LeavesFacesAloneThatDoNotJoin) {
     EXPECT_TRUE(State().MergedFaces.empty());
 }
 
+TEST_F(MergeAcrossTest, StartsOverWithEachModel) {
+    CBlockFace& a = Add(Rectangle(0, 0, 64, 64));
+    CBlockFace& b = Add(Rectangle(64, 0, 128, 64));
+    List(0, {&a, &b});
+    Merge();
+    List(0, {&a});
+    Merge();
+    EXPECT_TRUE(State().MergedFaces.empty());
+    EXPECT_EQ(a.surfaceOut, nullptr);
+    EXPECT_EQ(Geometry().SurfaceFaceCount, 0);
+}
+
 TEST_F(MergeAcrossTest, KeepsPlanesApart) {
     CBlockFace& a = Add(Rectangle(0, 0, 64, 64));
     CBlockFace& b = Add(Rectangle(64, 0, 128, 64));
