@@ -10,6 +10,7 @@
 #include "solid/block.h"
 #include "solid/plane.h"
 #include "solid/vectors.h"
+#include "surface/grid_hash.h"
 #include "surface/surface_tables.h"
 
 namespace k2k {
@@ -48,7 +49,7 @@ struct Link {
 
 std::array<int32_t, 3> RoundToWhole(const Vec3& v) {
     std::array<int32_t, 3> whole{};
-    for (size_t axis = 0; axis < 3; ++axis) whole[axis] = static_cast<int32_t>(Nearest(v[axis]));
+    for (size_t axis = 0; axis < 3; ++axis) whole[axis] = TruncateToInt(static_cast<float>(Nearest(v[axis])));
     return whole;
 }
 

@@ -3,6 +3,7 @@
 #include "bsp/compile_map.h"
 #include "mapread/entity.h"
 #include "solid/block.h"
+#include "surface/surface_tables.h"
 
 namespace k2k {
 
@@ -10,6 +11,7 @@ int RunGeometryStage() {
     ComputeHullBoxes();
     CompileMap();
     ClearEntities();
+    ReleaseSurfaceTables();
     return 0;
 }
 

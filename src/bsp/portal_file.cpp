@@ -15,7 +15,8 @@ namespace {
 
 constexpr int32_t InnerNumber = -99;
 constexpr int32_t SolidNumber = -1;
-constexpr double SameDirection = 0.99;    // least dot product of normals that look the same way
+constexpr double SameDirection = 0.99;  // least dot product of normals that look the same way
+constexpr double LargestWhole = 2147483648.0;
 constexpr double WholeTolerance = 0.001;  // numbers closer to a whole one are written as that
 
 struct LeafCounts {
@@ -65,7 +66,7 @@ bool WritesPortals(const CBspNode& node) {
 void WriteCoordinate(std::FILE* file, double coordinate) {
     const double value = static_cast<float>(coordinate);
     const double whole = Nearest(value);
-    if (std::fabs(value - whole) < WholeTolerance) {
+    if (std::fabs(value - whole) < WholeTolerance && std::fabs(whole) < LargestWhole) {
         std::fprintf(file, "%i ", static_cast<int>(whole));
     } else {
         std::fprintf(file, "%f ", value);

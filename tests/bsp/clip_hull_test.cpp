@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "bsp/pipeline.h"
 #include "bsp/test_blocks.h"
 #include "bsp/tree_build.h"
@@ -78,6 +80,13 @@ TEST_F(ClipHull, TheBoxIsRecordedInWholeNumbers) {
     EXPECT_EQ(Geometry().info.headNodes[2], 11);
     EXPECT_THAT(Geometry().info.hullMins[2], ElementsAre(-31, -33, 0));
     EXPECT_THAT(Geometry().info.hullMaxs[2], ElementsAre(16, 15, 0));
+}
+
+TEST_F(ClipHull, ABoxBeyondAllNumbersIsStillRecorded) {
+    HullBoxes()[1].maxs = {1e30F, -1e30F, 100};
+    RecordHull(1, 0);
+    constexpr int32_t OutOfRange = std::numeric_limits<int32_t>::min();
+    EXPECT_THAT(Geometry().info.hullMaxs[1], ElementsAre(OutOfRange, OutOfRange, 100));
 }
 
 TEST_F(ClipHull, ACaptureHoldsTheRowsOfEarlierHullsToo) {

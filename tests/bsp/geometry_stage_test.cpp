@@ -273,6 +273,25 @@ TEST_F(ZoomLoop, AZoomBelowOneSearchesUpToTen) {
     EXPECT_EQ(CountOf(text, "W050"), 12U * 2U);
 }
 
+TEST_F(ZoomLoop, StopsAtTheFirstZoomWithoutWarnings) {
+    // A box with one corner cut off, so little that the cut is too narrow for a face at zoom 1.
+    const std::string box =
+        "{\nvertices 10\nfaces 7\n"
+        "0 0 0\n64 0 0\n64 64 0\n0 64 0\n0 0 64\n64 0 64\n0 64 64\n"
+        "64 64 63.993\n64 63.993 64\n63.993 64 64\n"
+        "{ 00000000 }\n"
+        "4 0 1 2 3 : ROCK ( 1 0 0 0 ) ( 0 -1 0 0 )\n"
+        "5 4 6 9 8 5 : ROCK ( 1 0 0 0 ) ( 0 -1 0 0 )\n"
+        "4 0 3 6 4 : ROCK ( 0 1 0 0 ) ( 0 0 -1 0 )\n"
+        "5 1 5 8 7 2 : ROCK ( 0 1 0 0 ) ( 0 0 -1 0 )\n"
+        "4 0 4 5 1 : ROCK ( 1 0 0 0 ) ( 0 0 -1 0 )\n"
+        "5 2 7 9 6 3 : ROCK ( 1 0 0 0 ) ( 0 0 -1 0 )\n"
+        "3 7 8 9 : ROCK ( 1 0 0 0 ) ( 0 -1 0 0 )\n}\n";
+    Options().zoomlevel = 0.5F;
+    EXPECT_THAT(Build("version 511\n" + WorldText(box)), HasSubstr("[1..10]\nAutozoom set to 2\n"));
+    EXPECT_EQ(Options().zoomlevel, 2.0F);
+}
+
 TEST_F(ZoomLoop, ReportModesComeBack) {
     Options().verbose = true;
     Build(RoomMap());
@@ -343,6 +362,20 @@ TEST_F(DetailLoop, DetailInsideAWallMarksTheRoot) {
     EXPECT_EQ(Geometry().surfaces.size(), 12U);
     EXPECT_EQ(Portals().regions[1].surfaceCount, 6U);
     EXPECT_EQ(Portals().nodes.size(), 6U);
+}
+
+TEST_F(DetailLoop, AHullOfDetailFacesAloneIsALeaf) {
+    // A hull of the visible kind keeps its detail textures, and those make no nodes.
+    Options().sethulls = {0, 0, 2};
+    const std::string text =
+        Build(WorldText(BlockText({0, 0, 0}, {64, 64, 64}, "ROCK", DetailFlag)) + StartText({100, 100, 100}));
+    EXPECT_THAT(text,
+                HasSubstr("Building narrow hull ... \nWARNING W051: Node could not be created. Misplaced\n detail "
+                          "brushes ?\n ok \nBuilding BSP tree"));
+    LoadLevel();
+    // The fat hull's box alone, in both captures.
+    EXPECT_EQ(Portals().hullNodes.size(), 12U);
+    EXPECT_EQ(Geometry().info.headNodes[1], 6);
 }
 
 TEST_F(DetailLoop, AMapOfDetailAloneIsSolidOutside) {
