@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <numbers>
+#include <sstream>
 
 namespace k2k::test {
 namespace {
@@ -117,16 +118,16 @@ RoomGrid MakeRoomGrid(const RoomGridOptions& options) {
 }
 
 std::string PortalFileText(int32_t regionCount, const std::vector<RoomOpening>& openings) {
-    std::string text = "PORT\n" + std::to_string(regionCount) + "\n" + std::to_string(openings.size()) + "\n";
+    std::ostringstream text;
+    text << "PORT\n" << regionCount << "\n" << openings.size() << "\n";
     for (const RoomOpening& opening : openings) {
-        text += std::to_string(opening.points.size()) + " " + std::to_string(opening.a) + " " +
-                std::to_string(opening.b) + " ";
+        text << opening.points.size() << " " << opening.a << " " << opening.b << " ";
         for (const Vec3d& point : opening.points) {
-            text += "(" + Number(point[0]) + Number(point[1]) + Number(point[2]) + ") ";
+            text << "(" << Number(point[0]) << Number(point[1]) << Number(point[2]) << ") ";
         }
-        text += "\n";
+        text << "\n";
     }
-    return text;
+    return text.str();
 }
 
 }  // namespace k2k::test
