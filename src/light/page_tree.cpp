@@ -1,5 +1,5 @@
-// Each node knows the width of the widest and the height of the highest free leaf below it, so that an insert passes by
-// subtrees in which nothing can fit; it finds the same leaf as a walk over all of them.
+// Each node knows the width of the widest, the height of the highest and the area of the largest free leaf below it, so
+// that an insert passes by subtrees in which nothing can fit; it finds the same leaf as a walk over all of them.
 #include "light/page_tree.h"
 
 #include <algorithm>
@@ -56,9 +56,12 @@ void CPageTrees::RefreshFreeSize(PageNodeIndex index) {
         const PageNode& b = Node(node.childB);
         node.freeWidth = std::max(a.freeWidth, b.freeWidth);
         node.freeHeight = std::max(a.freeHeight, b.freeHeight);
+        node.freeLeaf = std::max(a.freeLeaf, b.freeLeaf);
     } else {
-        node.freeWidth = node.group == 0 ? node.width() : 0;
-        node.freeHeight = node.group == 0 ? node.height() : 0;
+        const bool free = node.group == 0;
+        node.freeWidth = free ? node.width() : 0;
+        node.freeHeight = free ? node.height() : 0;
+        node.freeLeaf = free ? static_cast<int32_t>(node.area()) : 0;
     }
 }
 
@@ -74,38 +77,50 @@ bool CPageTrees::InsertRect(LightPage& page, PageNodeIndex block) {
 }
 
 bool CPageTrees::InsertBelow(LightPage& page, PageNodeIndex index, PageNodeIndex block) {
-    const int32_t w = Node(block).width();
-    const int32_t h = Node(block).height();
-    const PageNode node = Node(index);
-    if (node.freeWidth < w || node.freeHeight < h) return false;
-    if (!node.IsLeaf()) return InsertBelow(page, node.childA, block) || InsertBelow(page, node.childB, block);
-    const int32_t nw = node.width();
-    const int32_t nh = node.height();
-    if (nw == w && nh == h) {
+    const PageNode& node = Node(index);
+    const PageNode& wanted = Node(block);
+    if (node.freeWidth < wanted.width() || node.freeHeight < wanted.height() || node.freeLeaf < wanted.area()) {
+        return false;
+    }
+    if (!node.IsLeaf()) {
+        const PageNodeIndex childB = node.childB;
+        return InsertBelow(page, node.childA, block) || InsertBelow(page, childB, block);
+    }
+    if (node.width() == wanted.width() && node.height() == wanted.height()) {
         TakePlaceOf(page, index, block);
         return true;
     }
-    const PageNodeIndex childA = nw != w && nh != h ? NewNode(0, 0, 0, 0) : block;
-    const PageNodeIndex childB = NewNode(node.x0, node.y0, node.x1, node.y1);
+    const PageNodeIndex childA = SplitLeaf(index, block);
+    return childA == block || InsertBelow(page, childA, block);
+}
+
+// Cuts a free leaf that is larger than the block into two, along the side that leaves less. Gives the first part: the
+// block itself when it fills that.
+PageNodeIndex CPageTrees::SplitLeaf(PageNodeIndex index, PageNodeIndex block) {
+    const PageNode leaf = Node(index);
+    const int32_t w = Node(block).width(), h = Node(block).height();
+    const int32_t spareWidth = leaf.width() - w, spareHeight = leaf.height() - h;
+    const PageNodeIndex childA = spareWidth != 0 && spareHeight != 0 ? NewNode(0, 0, 0, 0) : block;
+    const PageNodeIndex childB = NewNode(leaf.x0, leaf.y0, leaf.x1, leaf.y1);
     PageNode& a = Node(childA);
     PageNode& b = Node(childB);
-    a.x0 = node.x0;
-    a.y0 = node.y0;
-    a.x1 = node.x1;
-    a.y1 = node.y1;
-    if (nw - w <= nh - h) {
-        a.y1 = node.y0 + h - 1;
-        b.y0 = node.y0 + h;
+    a.x0 = leaf.x0;
+    a.y0 = leaf.y0;
+    a.x1 = leaf.x1;
+    a.y1 = leaf.y1;
+    if (spareWidth <= spareHeight) {
+        a.y1 = leaf.y0 + h - 1;
+        b.y0 = leaf.y0 + h;
     } else {
-        a.x1 = node.x0 + w - 1;
-        b.x0 = node.x0 + w;
+        a.x1 = leaf.x0 + w - 1;
+        b.x0 = leaf.x0 + w;
     }
     a.parent = b.parent = index;
     Node(index).childA = childA;
     Node(index).childB = childB;
     RefreshFreeSize(childA);
     RefreshFreeSize(childB);
-    return childA == block || InsertBelow(page, childA, block);
+    return childA;
 }
 
 void CPageTrees::ReplaceChild(PageNodeIndex parent, PageNodeIndex child, PageNodeIndex by) {

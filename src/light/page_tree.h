@@ -20,7 +20,8 @@ struct PageNode {
     int32_t x0 = 0, y0 = 0, x1 = 0, y1 = 0;          // inclusive
     PageNodeIndex childA = NoNode, childB = NoNode;  // both or none
     PageNodeIndex parent = NoNode;
-    int32_t freeWidth = 0, freeHeight = 0;  // the largest of all free leaves below, each for itself
+    // The largest of all free leaves below, each for itself.
+    int32_t freeWidth = 0, freeHeight = 0, freeLeaf = 0;
 
     int32_t width() const { return x1 - x0 + 1; }
     int32_t height() const { return y1 - y0 + 1; }
@@ -77,6 +78,7 @@ class CPageTrees {
     PageNodeIndex NewNode(int32_t x0, int32_t y0, int32_t x1, int32_t y1);
     void FreeNode(PageNodeIndex index) { unused_.push_back(index); }
     bool InsertBelow(LightPage& page, PageNodeIndex node, PageNodeIndex block);
+    PageNodeIndex SplitLeaf(PageNodeIndex index, PageNodeIndex block);
     void TakePlaceOf(LightPage& page, PageNodeIndex node, PageNodeIndex block);
     void ReplaceChild(PageNodeIndex parent, PageNodeIndex child, PageNodeIndex by);
     bool MergeChildren(PageNodeIndex node);
