@@ -378,6 +378,23 @@ TEST_F(DetailLoop, AHullOfDetailFacesAloneIsALeaf) {
     EXPECT_EQ(Geometry().info.headNodes[1], 6);
 }
 
+TEST_F(DetailLoop, MeshesHoldNoSurfacesOfTheChecksTrees) {
+    Options().mesh = true;
+    Build(MapWith(Floating() + Intersecting()));
+    const CGeometryData& level = Geometry();
+    ASSERT_FALSE(level.meshes.empty());
+    size_t listed = 0;
+    for (const CMesh& mesh : level.meshes) {
+        for (const int32_t surface : mesh.surfaces) {
+            ASSERT_LT(static_cast<size_t>(surface), level.surfaces.size());
+            const auto first = static_cast<size_t>(*mesh.surfaces.begin());
+            EXPECT_EQ(level.surfaces[static_cast<size_t>(surface)].blockId, level.surfaces[first].blockId);
+            ++listed;
+        }
+    }
+    EXPECT_LE(listed, level.surfaces.size());
+}
+
 TEST_F(DetailLoop, AMapOfDetailAloneIsSolidOutside) {
     // No structural block is left for the trees of the visible hull.
     Build(WorldText(BlockText({0, 0, 0}, {64, 64, 64}, "ROCK", DetailFlag)) + StartText({100, 100, 100}));
