@@ -1,5 +1,4 @@
 #include <cstdio>
-#include <cstdlib>
 
 #include "klvtool/command.h"
 #include "levelcheck/check.h"
@@ -7,17 +6,13 @@
 namespace klvtool {
 
 int RunCheck(Arguments arguments) {
+    constexpr std::string_view Valued[] = {"litres"};
+    const ParsedArguments parsed = ParseArguments(arguments, 1, "check LEVEL [--litres R]", {}, Valued);
     levelcheck::CheckOptions options;
-    std::string path;
-    for (size_t i = 0; i < arguments.size(); i++) {
-        if (arguments[i] == "--litres" && i + 1 < arguments.size()) {
-            options.litres = std::strtof(arguments[++i].c_str(), nullptr);
-        } else {
-            path = arguments[i];
-        }
+    if (parsed.Has("litres")) {
+        options.litres = static_cast<float>(ParseNumber("--litres", parsed.options.at("litres")));
     }
-    if (path.empty()) throw UsageError("check wants a level");
-    const auto faults = levelcheck::Check(LoadLevel(path), options);
+    const auto faults = levelcheck::Check(LoadLevel(parsed.names[0]), options);
     std::fputs(levelcheck::Describe(faults).c_str(), stdout);
     if (!levelcheck::IsSound(faults)) return 1;
     std::puts("sound");
