@@ -59,6 +59,7 @@ void SaveFile(const std::string& path, std::string_view text);
 
 int RunCheck(Arguments arguments);
 int RunInfo(Arguments arguments);
+int RunPages(Arguments arguments);
 int RunPlan(Arguments arguments);
 
 }  // namespace klvtool
