@@ -11,6 +11,7 @@ constexpr int UsageStatus = 2;
 constexpr Command AllCommands[] = {
     {"info", "LEVEL [--json]", "What is in a level: tables, textures, entities, lightmaps, visibility.", RunInfo},
     {"check", "LEVEL [--litres R]", "Whether a level is sound: one line a fault; status 1 if there is any.", RunCheck},
+    {"diff", "LEVEL LEVEL", "What differs, chunk by chunk and record by record; status 1 if anything does.", RunDiff},
     {"pages", "LEVEL DIR", "Writes lightmap pages, palette and textures as PNG images.", RunPages},
     {"plan", "LEVEL OUT.png [--from X,Y,Z] [--cut Z] [--size PIXELS]",
      "Draws a level from above, with its entities; --from shows what is visible there, --cut leaves out all above Z.",
