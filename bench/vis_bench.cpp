@@ -118,8 +118,8 @@ void Separators(benchmark::State& state) {
     for (auto _ : state) {
         planes.clear();
         const VisPortal& first = graph.portals[at++ % graph.portals.size()];
-        for (const int32_t next : graph.PortalsOf(first.region)) {
-            AddSeparators(first.polygon->points, graph.portal(next).polygon->points, false, Eps, planes);
+        for (const RegionExit& exit : graph.ExitsOf(first.region)) {
+            AddSeparators(first.polygon->points, graph.portal(exit.portal).polygon->points, false, {Eps, true}, planes);
         }
         benchmark::DoNotOptimize(planes.data());
     }

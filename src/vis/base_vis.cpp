@@ -69,10 +69,9 @@ class BaseFlood {
         while (!open_.empty()) {
             const int32_t region = open_.back();
             open_.pop_back();
-            for (const int32_t through : graph_.PortalsOf(region)) {
-                if (through > MaxPortalRecord) FatalError("E079: Map size - too many portals!");
-                const int32_t next = graph_.portal(through).region;
-                if (!TestBit(portal.mightSee, next) && PortalSee(base, through)) Visit(portal, next);
+            for (const RegionExit& exit : graph_.ExitsOf(region)) {
+                if (exit.portal > MaxPortalRecord) FatalError("E079: Map size - too many portals!");
+                if (!TestBit(portal.mightSee, exit.region) && PortalSee(base, exit.portal)) Visit(portal, exit.region);
             }
         }
     }

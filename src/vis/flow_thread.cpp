@@ -2,6 +2,8 @@
 #include "vis/flow_thread.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <numeric>
 
 #include "driver/build_log.h"
@@ -11,6 +13,18 @@ namespace k2k {
 namespace {
 
 constexpr double SameNormal = 0.01;  // per component: a view cannot leave through the plane that it came in by
+
+// The largest sum of a point's coordinates.
+double SizeOf(const VisGraph& graph) {
+    double size = 0;
+    for (const VisPortal& portal : graph.portals) {
+        for (const Vec3d& point : portal.polygon->points) {
+            const double sum = std::abs(point[0]) + std::abs(point[1]) + std::abs(point[2]);
+            size = std::isnan(sum) ? std::numeric_limits<double>::infinity() : std::max(size, sum);
+        }
+    }
+    return size;
+}
 
 // The points of a clipped polygon for longer than the next clip: where they were not cut they stay where they are.
 FlowPoints Keep(const ClippedPolygon& polygon, ScratchStack& scratch) {
@@ -37,6 +51,7 @@ FlowThread::FlowThread(VisGraph& graph, const std::vector<int32_t>& rankOf, cons
       rankOf_(rankOf),
       settings_(settings),
       eps_(settings.eps),
+      separatorRules_{settings.eps, MaySkipRepeats(SizeOf(graph), settings.eps)},
       rowWords_(graph.rowWords()),
       onChain_(static_cast<size_t>(graph.regionCount()), 0),
       firstClips_(graph.portals.size()) {}
@@ -106,25 +121,25 @@ void FlowThread::Resume(const VisPortal& portal, const WaitingBranches& waiting)
 void FlowThread::RegionFlow() {
     while (!frames_.empty()) {
         FlowFrame& frame = frames_.back();
-        if (frame.portals.empty()) {
+        if (frame.exits.empty()) {
             LeaveRegion();
             continue;
         }
-        const int32_t number = frame.portals.front();
-        frame.portals = frame.portals.subspan(1);
-        LookThrough(frame, number);
+        const RegionExit& exit = frame.exits.front();
+        frame.exits = frame.exits.subspan(1);
+        LookThrough(frame, exit);
     }
 }
 
-void FlowThread::LookThrough(FlowFrame& frame, int32_t number) {
-    const VisPortal& portal = graph_.portal(number);
-    if (!TestBit(frame.mightSee, portal.region)) return;
-    const Bound bound = BoundOf(number);
+void FlowThread::LookThrough(FlowFrame& frame, const RegionExit& exit) {
+    if (!TestBit(frame.mightSee, exit.region)) return;
+    const VisPortal& portal = graph_.portal(exit.portal);
+    const Bound bound = BoundOf(exit.portal);
     if (!ShareNewBit(frame.mightSee, bound.row, base_->visBits, rowWords_)) return;
     if (VectorEqual(frame.entryNormal, Negate(portal.plane.normal), SameNormal)) return;
-    if (!ClipView(frame, number)) return;
+    if (!ClipView(frame, exit.portal)) return;
     if (bound.isEarly) {
-        PutAside(frame, number);
+        PutAside(frame, exit.portal);
     } else {
         GoThrough(portal, frame.mightSee, bound.row);
     }
@@ -167,7 +182,7 @@ bool FlowThread::ClipToSeparators(FlowFrame& frame) {
 bool FlowThread::ClipByKept(SeparatorRange& range, FlowPoints source, FlowPoints pass, bool flip) {
     if (!range.known) {
         range.begin = separators_.size();
-        AddSeparators(source, pass, flip, settings_.eps, separators_);
+        AddSeparators(source, pass, flip, separatorRules_, separators_);
         range.count = separators_.size() - range.begin;
         range.known = true;
     }
@@ -176,7 +191,7 @@ bool FlowThread::ClipByKept(SeparatorRange& range, FlowPoints source, FlowPoints
 
 bool FlowThread::ClipBySeparators(FlowPoints source, FlowPoints pass, bool flip, ClippedPolygon& target) {
     const size_t begin = separators_.size();
-    AddSeparators(source, pass, flip, settings_.eps, separators_);
+    AddSeparators(source, pass, flip, separatorRules_, separators_);
     const bool isLeft = target.Clip({separators_.data() + begin, separators_.size() - begin}, eps_);
     separators_.resize(begin);
     return isLeft;
@@ -218,7 +233,7 @@ void FlowThread::EnterRegion(const VisPortal& portal, FlowFrame& frame) {
     }
     onChain_[static_cast<size_t>(region)] = 1;
     frame.region = region;
-    frame.portals = graph_.PortalsOf(region);
+    frame.exits = graph_.ExitsOf(region);
     frame.entryPlane = WidenPlane(portal.plane);
     frame.entryNormal = portal.plane.normal;
     frame.separatorsBelow = separators_.size();

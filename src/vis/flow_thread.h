@@ -48,8 +48,8 @@ class FlowThread {
     // A view inside a region.
     struct FlowFrame {
         int32_t region = 0;
-        std::span<const int32_t> portals;  // those that are still to be looked through
-        FlowPlane entryPlane;              // of the portal that the view came in by
+        std::span<const RegionExit> exits;  // those that are still to be looked through
+        FlowPlane entryPlane;               // of the portal that the view came in by
         Vec3 entryNormal{};
         FlowPoints source;  // the part of the base that it comes from
         FlowPoints pass;    // the opening that it came in by; empty when that is the base itself
@@ -76,7 +76,7 @@ class FlowThread {
     void Resume(const VisPortal& portal, const WaitingBranches& waiting);
 
     void RegionFlow();
-    void LookThrough(FlowFrame& frame, int32_t number);
+    void LookThrough(FlowFrame& frame, const RegionExit& exit);
     bool ClipView(FlowFrame& frame, int32_t number);
     bool ClipToSeparators(FlowFrame& frame);
     bool ClipBySeparators(FlowPoints source, FlowPoints pass, bool flip, ClippedPolygon& target);
@@ -92,6 +92,7 @@ class FlowThread {
     const std::vector<int32_t>& rankOf_;
     const FlowSettings settings_;
     const double eps_;
+    const SeparatorRules separatorRules_;
     const size_t rowWords_;
 
     FlowJob* job_ = nullptr;

@@ -17,8 +17,8 @@ void WarnMisplaced() {
 // What a region sees: all that its portals see, and itself.
 void RegionVisRow(const VisGraph& graph, int32_t region, std::vector<Word>& row) {
     row.assign(graph.rowWords(), 0);
-    for (const int32_t number : graph.PortalsOf(region)) {
-        const VisPortal& portal = graph.portal(number);
+    for (const RegionExit& exit : graph.ExitsOf(region)) {
+        const VisPortal& portal = graph.portal(exit.portal);
         if (portal.status != PortalStatus::Done) FatalError("E113");
         OrRow(row.data(), portal.visBits, row.size());
     }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 
 #include "solid/vectors.h"
@@ -80,15 +81,17 @@ float NarrowDistance(const FlowPlane& plane, const Vec3d& point) {
     return static_cast<float>(Distance(plane, point));
 }
 
-void Reverse(FlowPlane& plane) {
-    for (double& component : plane.normal) component = -component;
-    plane.dist = -plane.dist;
+// By -1 the plane looks the other way; a product instead of a branch that nobody can foretell.
+void Turn(FlowPlane& plane, double sign) {
+    for (double& component : plane.normal) component *= sign;
+    plane.dist *= sign;
 }
 
 // The pairs of one edge of source with the points of pass.
 class EdgePairs {
   public:
-    EdgePairs(FlowPoints source, FlowPoints pass, float eps) : source_(source), pass_(pass), eps_(eps) {
+    EdgePairs(FlowPoints source, FlowPoints pass, const SeparatorRules& rules)
+        : source_(source), pass_(pass), eps_(rules.eps), skipRepeats_(rules.skipRepeats) {
         for (const Vec3d& point : pass) passSize_ = std::max(passSize_, AbsSum(point));
     }
 
@@ -102,6 +105,7 @@ class EdgePairs {
         wayOff_ = Narrow(Sub(source_[off_], source_[i_]));
         const float longest = std::max({ways_.Set(pass_, source_[i_]), AbsSum(edge_), AbsSum(wayOff_)});
         limit_ = QuickLimit(eps_, passSize_, longest);
+        last_.isKnown = false;
     }
 
     // What the quick test says of four neighbouring points.
@@ -110,6 +114,13 @@ class EdgePairs {
         Mask4 isNone;   // certainly no separator
         Mask4 inFront;  // source certainly lies in front of the plane
         Mask4 behind;   // source certainly lies behind the plane
+
+        // One bit for each of the first count points that needs the real test.
+        uint32_t Open(size_t count) const {
+            const Mask4 bits = ~isNone & Mask4{1, 2, 4, 8};
+            const auto open = static_cast<uint32_t>(bits[0] | bits[1] | bits[2] | bits[3]);
+            return count < Lanes ? open & ((1U << count) - 1) : open;
+        }
     };
     Four Examine(size_t j) const {
         const Vec3x4 way = ways_.At(j);
@@ -133,20 +144,40 @@ class EdgePairs {
     }
 
     // The separator of the edge and point j, when there is one: the real test.
-    bool Separates(const Four& four, size_t lane, size_t j, FlowPlane& plane) const {
-        Vec3 normal{four.cross.x[lane], four.cross.y[lane], four.cross.z[lane]};
+    bool Separates(const Four& four, size_t lane, size_t j, FlowPlane& plane) {
+        const Vec3 cross{four.cross.x[lane], four.cross.y[lane], four.cross.z[lane]};
+        if (RepeatsLast(cross, j)) return false;
+        Vec3 normal = cross;
         if (Normalize(normal) <= eps_) return false;
         plane.normal = Widen(normal);
         plane.dist = static_cast<float>(k2k::Dot(normal, pass_[j]));
-        if (four.inFront[lane] != 0) {
-            Reverse(plane);
-        } else if (four.behind[lane] == 0 && !PutBehind(plane)) {
-            return false;
-        }
+        last_ = {cross, plane, skipRepeats_ && !IsNearlyAxial(normal)};
+        if ((four.inFront[lane] | four.behind[lane]) == 0) return PutBehind(plane) && IsInFront(plane, j);
+        Turn(plane, four.inFront[lane] != 0 ? -1.0 : 1.0);
         return IsInFront(plane, j);
     }
 
   private:
+    // The plane of the last pair that came to the real test, before it was turned.
+    struct LastPlane {
+        Vec3 cross{};
+        FlowPlane plane;
+        bool isKnown = false;
+    };
+
+    // Whether point j gives the same plane again, and so the same outcome.
+    bool RepeatsLast(const Vec3& cross, size_t j) const {
+        return last_.isKnown && cross == last_.cross &&
+               static_cast<float>(k2k::Dot(last_.plane.normal, pass_[j])) == last_.plane.dist;
+    }
+
+    // A component of exactly 1 beside others: a clip sets that coordinate of a cut to the plane's distance, which need
+    // not lie on the plane then.
+    static bool IsNearlyAxial(const Vec3& normal) {
+        const bool hasOne = std::abs(normal[0]) == 1 || std::abs(normal[1]) == 1 || std::abs(normal[2]) == 1;
+        return hasOne && AbsSum(normal) != 1;
+    }
+
     // Turns the plane so that source lies behind it. False when all of source lies on it.
     bool PutBehind(FlowPlane& plane) const {
         for (size_t k = 0; k < source_.size(); ++k) {
@@ -154,7 +185,7 @@ class EdgePairs {
             const float dist = NarrowDistance(plane, source_[k]);
             if (dist < -eps_) return true;
             if (dist > eps_) {
-                Reverse(plane);
+                Turn(plane, -1);
                 return true;
             }
         }
@@ -175,27 +206,37 @@ class EdgePairs {
 
     const FlowPoints source_, pass_;
     const float eps_;
+    const bool skipRepeats_;
     double passSize_ = 0;  // the largest sum of coordinates
     size_t i_ = 0, l_ = 0;
     size_t off_ = 0;  // the first point of source that is not on the edge
     Vec3 edge_{}, wayOff_{};
     Ways ways_;
     QuickLimit limit_;
+    LastPlane last_;
 };
 
 }  // namespace
 
-void AddSeparators(FlowPoints source, FlowPoints pass, bool flip, float eps, std::vector<FlowPlane>& planes) {
+// A cut point is on its plane but for the rounding of a few 64-bit products; a plane's own distance is off by half a
+// unit of its last 32-bit digit.
+bool MaySkipRepeats(double size, float eps) {
+    return eps >= 1e-3F && size * 1.2e-7 < eps;
+}
+
+void AddSeparators(FlowPoints source, FlowPoints pass, bool flip, const SeparatorRules& rules,
+                   std::vector<FlowPlane>& planes) {
     if (source.size() < 3 || pass.size() < 2) return;  // no point off the plane
-    EdgePairs pairs(source, pass, eps);
+    EdgePairs pairs(source, pass, rules);
     for (size_t i = 0; i < source.size(); ++i) {
         pairs.SetEdge(i);
         for (size_t j = 0; j < pass.size(); j += Lanes) {
             const EdgePairs::Four four = pairs.Examine(j);
-            for (size_t lane = 0; lane < Lanes && j + lane < pass.size(); ++lane) {
+            for (uint32_t open = four.Open(pass.size() - j); open != 0; open &= open - 1) {
+                const auto lane = static_cast<size_t>(std::countr_zero(open));
                 FlowPlane plane;
-                if (four.isNone[lane] != 0 || !pairs.Separates(four, lane, j + lane, plane)) continue;
-                if (flip) Reverse(plane);
+                if (!pairs.Separates(four, lane, j + lane, plane)) continue;
+                if (flip) Turn(plane, -1);
                 planes.push_back(plane);
             }
         }

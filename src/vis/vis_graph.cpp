@@ -5,11 +5,11 @@ namespace k2k {
 
 VisGraph::VisGraph(std::vector<VisPortal> records, const std::vector<std::vector<int32_t>>& lists)
     : portals(std::move(records)) {
-    portalNumbers_.reserve(portals.size());
-    firstPortal_.reserve(lists.size() + 1);
+    exits_.reserve(portals.size());
+    firstExit_.reserve(lists.size() + 1);
     for (const std::vector<int32_t>& list : lists) {
-        portalNumbers_.insert(portalNumbers_.end(), list.begin(), list.end());
-        firstPortal_.push_back(portalNumbers_.size());
+        for (const int32_t number : list) exits_.push_back({number, portal(number).region});
+        firstExit_.push_back(exits_.size());
     }
 }
 

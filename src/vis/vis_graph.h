@@ -36,6 +36,13 @@ inline void StoreStatus(VisPortal& portal, PortalStatus status) {
     std::atomic_ref(portal.status).store(status, std::memory_order_release);
 }
 
+// A portal on the list of a region that it leaves. The region behind it stands here too, since most portals are passed
+// over for it.
+struct RegionExit {
+    int32_t portal = 0;  // number
+    int32_t region = 0;
+};
+
 // Owns portals, the lists of portals that leave each region, and all rows.
 class VisGraph {
   public:
@@ -45,11 +52,11 @@ class VisGraph {
     VisGraph(VisGraph&&) = default;
     VisGraph& operator=(VisGraph&&) = default;
 
-    int32_t regionCount() const { return static_cast<int32_t>(firstPortal_.size()) - 1; }
+    int32_t regionCount() const { return static_cast<int32_t>(firstExit_.size()) - 1; }
     size_t rowWords() const { return RowWords(regionCount()); }
-    std::span<const int32_t> PortalsOf(int32_t region) const {
-        const size_t first = firstPortal_[static_cast<size_t>(region)];
-        return {portalNumbers_.data() + first, firstPortal_[static_cast<size_t>(region) + 1] - first};
+    std::span<const RegionExit> ExitsOf(int32_t region) const {
+        const size_t first = firstExit_[static_cast<size_t>(region)];
+        return {exits_.data() + first, firstExit_[static_cast<size_t>(region) + 1] - first};
     }
     const VisPortal& portal(int32_t number) const { return portals[static_cast<size_t>(number)]; }
     VisPortal& portal(int32_t number) { return portals[static_cast<size_t>(number)]; }
@@ -61,8 +68,8 @@ class VisGraph {
     std::vector<VisPortal> portals;
 
   private:
-    std::vector<size_t> firstPortal_{0};
-    std::vector<int32_t> portalNumbers_;
+    std::vector<size_t> firstExit_{0};  // by region, and one more
+    std::vector<RegionExit> exits_;
     RowTable mightSeeRows_, visRows_;
 };
 

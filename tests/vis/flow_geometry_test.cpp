@@ -1,6 +1,7 @@
 // Clipping and separators of the flow against the plain forms.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <optional>
 #include <random>
 
@@ -146,9 +147,10 @@ std::vector<std::array<double, 4>> PlainSeparators(const CPolygon& source, const
     return planes;
 }
 
-std::vector<std::array<double, 4>> FastSeparators(const CPolygon& source, const CPolygon& pass, bool flip) {
+std::vector<std::array<double, 4>> FastSeparators(const CPolygon& source, const CPolygon& pass, bool flip,
+                                                  bool skipRepeats = false) {
     std::vector<FlowPlane> planes;
-    AddSeparators(source.points, pass.points, flip, Eps, planes);
+    AddSeparators(source.points, pass.points, flip, {Eps, skipRepeats}, planes);
     std::vector<std::array<double, 4>> numbers;
     for (const FlowPlane& plane : planes) {
         numbers.push_back({plane.normal[0], plane.normal[1], plane.normal[2], plane.dist});
@@ -177,6 +179,30 @@ TEST_F(FlowGeometryTest, FlippedSeparatorsLookTheOtherWay) {
     }
     EXPECT_EQ(flipped, FastSeparators(*source, *pass, false));
     EXPECT_EQ(flipped.size(), 8U) << "each edge with the two points of the far edge";
+}
+
+TEST_F(FlowGeometryTest, LeavesOutPlanesThatRepeatTheOneInFront) {
+    const auto withoutRepeats = [](std::vector<std::array<double, 4>> planes) {
+        planes.erase(std::unique(planes.begin(), planes.end()), planes.end());
+        return planes;
+    };
+    size_t leftOut = 0;
+    for (int i = 0; i < 2000; ++i) {
+        const PolygonRef source = RandomPolygon(i % 4 != 0);
+        const PolygonRef pass = RandomPolygon(i % 4 != 1);
+        const auto all = FastSeparators(*source, *pass, false);
+        const auto some = FastSeparators(*source, *pass, false, true);
+        ASSERT_EQ(withoutRepeats(some), withoutRepeats(all)) << "pair " << i;
+        leftOut += all.size() - some.size();
+    }
+    EXPECT_GT(leftOut, 1000U);
+}
+
+TEST_F(FlowGeometryTest, RepeatsMatterForLargeCoordinatesOrASmallTolerance) {
+    EXPECT_TRUE(MaySkipRepeats(168000, 0.05F));
+    EXPECT_FALSE(MaySkipRepeats(500000, 0.05F));
+    EXPECT_FALSE(MaySkipRepeats(100, 0));
+    EXPECT_FALSE(MaySkipRepeats(100, -1));
 }
 
 TEST_F(FlowGeometryTest, NarrowPolygonsNearEachOtherSeparateLikeThePlainRule) {

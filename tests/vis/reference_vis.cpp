@@ -44,8 +44,8 @@ class Reference {
             copy.polygon = portal.polygon;
         }
         for (int32_t region = 0; region < graph.regionCount(); ++region) {
-            for (const int32_t number : graph.PortalsOf(region)) {
-                regions_[static_cast<size_t>(region)].push_back(static_cast<size_t>(number));
+            for (const RegionExit& exit : graph.ExitsOf(region)) {
+                regions_[static_cast<size_t>(region)].push_back(static_cast<size_t>(exit.portal));
             }
         }
     }

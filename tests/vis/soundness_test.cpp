@@ -89,8 +89,8 @@ std::vector<BitRow> RegionRows(const VisGraph& graph) {
     std::vector<BitRow> rows(regionCount, BitRow(regionCount));
     for (size_t region = 0; region < regionCount; ++region) {
         rows[region][region] = true;
-        for (const int32_t portal : graph.PortalsOf(static_cast<int32_t>(region))) {
-            for (const int32_t seen : RegionsIn(graph.portal(portal).visBits, graph.regionCount())) {
+        for (const RegionExit& exit : graph.ExitsOf(static_cast<int32_t>(region))) {
+            for (const int32_t seen : RegionsIn(graph.portal(exit.portal).visBits, graph.regionCount())) {
                 rows[region][static_cast<size_t>(seen)] = true;
             }
         }
