@@ -51,7 +51,7 @@ def main():
     shutil.copyfile(HERE / "room.$$M", args.out / "room.$$M")
     write_level(args.out, "house", levels.house(), ["50", "51", "71"])
     write_level(args.out, "court", levels.court(), ["50", "51", "71"])
-    write_level(args.out, "grid200", levels.grid(200), ["50", "71"])
+    write_level(args.out, "grid200", levels.grid(200), ["50", "51", "71"])
 
 
 if __name__ == "__main__":

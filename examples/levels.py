@@ -172,6 +172,8 @@ def grid(blocks):
     side = max(1, round(math.sqrt(blocks / 10)))
     room, wall, height = 192, 16, 128
     extent = side * room
+    # A sun or a path without a position stands at the world's origin: it must lie in a room, or the level leaks there.
+    ox, oy, oz = -120, -130, -60
     numbers = Sequence(blocks)
     add = level.blocks.extend
     for row in range(side):
@@ -186,10 +188,12 @@ def grid(blocks):
                  box(x + 144, y + 144, 96, x + 176, y + 176, height, "WOOD")])
             if (row + column) % 2 == 0:
                 shade = 120 + 10 * numbers.below(13)
-                level.entities.append(light(x + 100, y + 60, 100, shade, 180, 300 - shade, 240))
+                level.entities.append(light(ox + x + 100, oy + y + 60, oz + 100, shade, 180, 300 - shade, 240))
     add([box(extent, 0, -wall, extent + wall, extent, height + wall, "BRICK"),
          box(0, extent, -wall, extent + wall, extent + wall, height + wall, "BRICK")])
-    level.entities += [start(100, 100, 40, 0), sun(45, 60)]
+    level.entities += [start(ox + 100, oy + 100, oz + 40, 0), sun(45, 60)]
+    for block in level.blocks:
+        block.points = [(px + ox, py + oy, pz + oz) for px, py, pz in block.points]
     return level
 
 

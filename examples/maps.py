@@ -62,6 +62,13 @@ def block_vertices(block, tail):
     return lines + ["}"]
 
 
+def entity_lines(entity, dialect):
+    """5.0 knows no extended models (type 7): they are written as plain ones, with the first eight skills."""
+    if dialect != "50" or not entity[0].startswith("7 "): return entity
+    head, *common, skills, flags = entity[:8]
+    return ["3" + head[1:], *common, " ".join(skills.split()[:8]), flags]
+
+
 def write(level, dialect):
     head = {"50": [], "51": ["version 511"], "71": ["version 711"]}[dialect]
     lines = head + ["{", f"0 {level.wad}", level.palette]
@@ -72,5 +79,5 @@ def write(level, dialect):
             lines += block_vertices(block, "ndef" if dialect == "71" else "0")
     lines.append("}")
     for entity in level.entities:
-        lines += ["{", *entity, "}"]
+        lines += ["{", *entity_lines(entity, dialect), "}"]
     return "\n".join(lines) + "\n"

@@ -41,7 +41,7 @@ void CheckChunks(const LevelView& level, FaultList& faults) {
     faults.Require(expected <= level.bytes.size(), "file shorter than its chunks and their padding",
                    std::to_string(level.bytes.size()));
     faults.Require(level.chunks[18].size == 0, "chunk 18 in use", "chunk 18");
-    faults.Require(level.chunks[14].size == 160, "level info not of 160 bytes", "chunk 14");
+    faults.Require(level.chunks[ChunkInfo].size == 160, "level info not of 160 bytes", "chunk 14");
 }
 
 void CheckIndices(const LevelView& level, FaultList& faults) {
@@ -87,7 +87,7 @@ void CheckIndices(const LevelView& level, FaultList& faults) {
 }
 
 void CheckEntities(const LevelView& level, FaultList& faults) {
-    const auto data = level.Chunk(15);
+    const auto data = level.Chunk(ChunkEntities);
     if (data.size() < 8) return faults.Add("entity chunk shorter than its smallest table", std::to_string(data.size()));
     const uint64_t count = U32(data, 0);
     if (4 + 4 * count > data.size()) return faults.Add("entity table runs past the chunk", std::to_string(count));
@@ -116,7 +116,7 @@ void CheckEntities(const LevelView& level, FaultList& faults) {
 }
 
 void CheckTextures(const LevelView& level, FaultList& faults) {
-    const auto blob = level.Chunk(2);
+    const auto blob = level.Chunk(ChunkTextures);
     uint64_t count = 0;
     if (blob.size() >= 4) {
         count = U32(blob, 0);
@@ -133,7 +133,7 @@ void CheckTextures(const LevelView& level, FaultList& faults) {
         faults.Require(info.texture < count || count == 0, "texinfo names no texture", Row("texinfo", i));
         faults.Require(info.reserved == 0 && info.material[19] == 0, "texinfo's fixed bytes", Row("texinfo", i));
     }
-    const auto palette = level.Chunk(0);
+    const auto palette = level.Chunk(ChunkPalette);
     if (palette.empty()) return;
     faults.Require(palette.size() == 784, "palette lump not of 784 bytes", std::to_string(palette.size()));
     for (size_t i = 0; i < 16 && i < palette.size(); i++) {

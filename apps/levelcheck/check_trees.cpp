@@ -106,7 +106,7 @@ void CheckTrees(const LevelView& level, FaultList& faults) {
 }
 
 void CheckVisibility(const LevelView& level, FaultList& faults) {
-    const bool none = level.chunks[4].size == 0;
+    const bool none = level.chunks[ChunkVis].size == 0;
     const int64_t count = static_cast<int64_t>(level.regions.size()) - 1;
     for (int64_t i = 1; i <= count; i++) {
         const std::string name = Name("region", i);

@@ -5,10 +5,6 @@
 namespace levelcheck {
 namespace {
 
-constexpr int ChunkPlanes = 1, ChunkVertices = 3, ChunkVis = 4, ChunkNodes = 5, ChunkTexinfos = 6, ChunkSurfaces = 7,
-              ChunkHulls = 9, ChunkRegions = 10, ChunkRegionSurfaces = 11, ChunkEdges = 12, ChunkSurfaceEdges = 13,
-              ChunkInfo = 14, ChunkEntities = 15, ChunkPages = 16, ChunkMeshes = 17;
-
 template <typename T>
 void ReadTable(LevelView& level, int number, std::vector<T>& out) {
     const auto data = level.Chunk(number);

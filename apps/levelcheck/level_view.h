@@ -84,6 +84,25 @@ struct ChunkPlace {
 };
 
 constexpr int ChunkCount = 19;
+enum ChunkNumber : int {
+    ChunkPalette = 0,
+    ChunkPlanes = 1,
+    ChunkTextures = 2,
+    ChunkVertices = 3,
+    ChunkVis = 4,
+    ChunkNodes = 5,
+    ChunkTexinfos = 6,
+    ChunkSurfaces = 7,
+    ChunkHulls = 9,
+    ChunkRegions = 10,
+    ChunkRegionSurfaces = 11,
+    ChunkEdges = 12,
+    ChunkSurfaceEdges = 13,
+    ChunkInfo = 14,
+    ChunkEntities = 15,
+    ChunkPages = 16,
+    ChunkMeshes = 17
+};
 constexpr size_t HeaderSize = 156;
 
 // Tables hold what could be read; everything that could not is named in `broken` (one line each, with its chunk).

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <random>
 
+#include "levelcheck/point_lookup.h"
+
 namespace levelcheck {
 namespace {
 
@@ -11,10 +13,6 @@ constexpr double NearReach = 400;  // half of the segments are short: they are c
 constexpr int32_t DetailBit = 16;
 
 using Vec = std::array<double, 3>;
-
-double Distance(const Plane& plane, const Vec& p) {
-    return double{plane.nx} * p[0] + double{plane.ny} * p[1] + double{plane.nz} * p[2] - plane.dist;
-}
 
 Vec Between(const Vec& a, const Vec& b, double t) {
     return {a[0] + (b[0] - a[0]) * t, a[1] + (b[1] - a[1]) * t, a[2] + (b[2] - a[2]) * t};
@@ -115,16 +113,6 @@ class Probe {
 };
 
 }  // namespace
-
-size_t RegionAt(const LevelView& level, const std::array<double, 3>& point) {
-    if (level.nodes.empty()) return level.regions.size() > 1 ? 1 : 0;
-    int32_t at = level.info.headNodes[0];
-    while (at >= 0) {
-        const Node& node = level.nodes[at];
-        at = node.children[Distance(level.planes[node.plane], point) > 0 ? 0 : 1];
-    }
-    return static_cast<size_t>(-(at + 1));
-}
 
 ProbeResult ProbeVisibility(const LevelView& level, uint64_t wanted, uint64_t seed) {
     if (level.nodes.empty()) return {};

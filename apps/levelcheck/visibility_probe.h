@@ -16,10 +16,8 @@ struct ProbeResult {
 };
 
 // Shoots until `wanted` segments were clear, or a hundred times as many were tried. A segment counts as clear when
-// every leaf within 0.25 units of it has the contents of its end points (the detail bit aside).
+// every leaf within 0.25 units of it has the contents of its end points (the detail bit aside). The tables must be
+// sound.
 ProbeResult ProbeVisibility(const LevelView& level, uint64_t wanted, uint64_t seed);
-
-// The region row at a point; row 0 is solid.
-size_t RegionAt(const LevelView& level, const std::array<double, 3>& point);
 
 }  // namespace levelcheck

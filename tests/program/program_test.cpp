@@ -6,13 +6,14 @@
 #include <csignal>
 #include <filesystem>
 
-#include "support/process.h"
+#include "program/compile.h"
 
 namespace k2k {
 namespace {
 
 using test::Process;
 using test::ProcessResult;
+using test::RunK2k;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
@@ -23,15 +24,6 @@ constexpr const char* Usage =
     "\n Usage: MAPFILE -pal PALFILE [OPTIONS]\n\nMAPFILE: filename.$$M\n"
     "PALFILE: filename.<PCX, RAW, BMP, LBM, or LMP>\nOPTIONS:\n"
     "-dialog: displays a dialog window for configuring options\n\n ";
-
-std::vector<std::string> Command(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), K2K_BINARY);
-    return arguments;
-}
-
-ProcessResult K2k(std::vector<std::string> arguments) {
-    return test::RunProcess(Command(std::move(arguments)));
-}
 
 class TheProgram : public ::testing::Test {
   protected:
@@ -46,7 +38,7 @@ class TheProgram : public ::testing::Test {
 };
 
 TEST_F(TheProgram, ShowsItsUsageWithoutArguments) {
-    const ProcessResult result = K2k({});
+    const ProcessResult result = RunK2k({});
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, MatchesRegex("KMS to KLV Compiler V7\\.01 \\(KLV6 BSP\\) \\[CPUs: [0-9]+\\]\n"
                                          " Report mode: DEFAULT\n(.|\n)*"));
@@ -54,33 +46,33 @@ TEST_F(TheProgram, ShowsItsUsageWithoutArguments) {
 }
 
 TEST_F(TheProgram, ShowsItsUsageForUnknownOptions) {
-    const ProcessResult result = K2k({"--help"});
+    const ProcessResult result = RunK2k({"--help"});
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, EndsWith(Usage));
 }
 
 TEST_F(TheProgram, EndsWithOneWhenTheCommandIsBroken) {
-    const ProcessResult result = K2k({"map", "-gamma"});
+    const ProcessResult result = RunK2k({"map", "-gamma"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.out,
               "\n------ CRITICAL ERROR ------\nMissing command-line parameter for -gamma\n\nPress any key... \n");
 }
 
 TEST_F(TheProgram, EndsWith255AtAnOptionValueOfNoUse) {
-    const ProcessResult result = K2k({"map", "-pal", "x", "-r", "1,256"});
+    const ProcessResult result = RunK2k({"map", "-pal", "x", "-r", "1,256"});
     EXPECT_EQ(result.status, 255);
     EXPECT_EQ(result.out, "Invalid option :  -r 1,256\n");
 }
 
 TEST_F(TheProgram, EndsWithOneWithoutTheMap) {
-    const ProcessResult result = K2k({"none", "-pal", "x"});
+    const ProcessResult result = RunK2k({"none", "-pal", "x"});
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.out, EndsWith("\nPress any key... \n"));
 }
 
 TEST_F(TheProgram, BuildsALevel) {
     WriteMap("map.$$M");
-    const ProcessResult result = K2k({"map", "-pal", "game", "-threads", "2"});
+    const ProcessResult result = RunK2k({"map", "-pal", "game", "-threads", "2"});
     EXPECT_EQ(result.status, 0) << result.out;
     EXPECT_THAT(result.out, StartsWith("KMS to KLV Compiler V7.01 (KLV6 BSP) [CPUs: 2]\n Report mode: DEFAULT\n"));
     EXPECT_THAT(result.out, MatchesRegex("(.|\n)*\nWriting KLV file \\.\\.\\. ok\n \nTime: +[0-9]+\\.0 sec\n\n "));
@@ -90,14 +82,14 @@ TEST_F(TheProgram, BuildsALevel) {
 TEST_F(TheProgram, TakesArgumentsWithBlanksWhole) {
     WriteMap("my map.$$M");
     std::filesystem::rename("game.lmp", "my game.lmp");
-    EXPECT_EQ(K2k({"my map", "-pal", "my game", "-light rgb"}).status, 0);
+    EXPECT_EQ(RunK2k({"my map", "-pal", "my game", "-light rgb"}).status, 0);
     EXPECT_TRUE(std::filesystem::exists("my map.klv"));
     EXPECT_EQ(test::ReadFile("K2K.ini"), "[Map Compiler]\nCommandline=\"my map\" -pal \"my game\" \"-light rgb\"\n");
 }
 
 TEST_F(TheProgram, EndsWithZeroAtAPaletteThatCannotBeRead) {
     WriteMap("map.$$M");
-    const ProcessResult result = K2k({"map", "-pal", "none"});
+    const ProcessResult result = RunK2k({"map", "-pal", "none"});
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, EndsWith("\n\nFatal error ->   could not open file :  none.lmp\n"));
     EXPECT_THAT(result.out, Not(HasSubstr("Time:")));
@@ -107,13 +99,13 @@ TEST_F(TheProgram, EndsWithZeroAtAPaletteThatCannotBeRead) {
 TEST_F(TheProgram, RunsWhereItsSettingsCannotBeKept) {
     WriteMap("map.$$M");
     std::filesystem::create_directory("K2K.ini");
-    EXPECT_EQ(K2k({"map", "-pal", "game"}).status, 0);
+    EXPECT_EQ(RunK2k({"map", "-pal", "game"}).status, 0);
 }
 
 TEST_F(TheProgram, TakesItsOptionsFromTheSettingsWithDialog) {
     WriteMap("map.$$M");
     test::WriteFile("K2K.ini", "[Map Compiler]\nCommandline=-mesh -threads 1\n");
-    const ProcessResult result = K2k({"map", "-pal", "game", "-dialog"});
+    const ProcessResult result = RunK2k({"map", "-pal", "game", "-dialog"});
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, StartsWith("KMS to KLV Compiler V7.01 (KLV7 BSP) [CPUs: 1]\n"));
     EXPECT_THAT(test::ReadFile("K2K.ini"), StartsWith("[Map Compiler]\nCommandline=-hiprec -mesh -threads 1 -gamma"));
@@ -121,13 +113,13 @@ TEST_F(TheProgram, TakesItsOptionsFromTheSettingsWithDialog) {
 
 TEST_F(TheProgram, LogsWhatItPrints) {
     WriteMap("map.$$M");
-    const ProcessResult result = K2k({"map", "-pal", "game", "-writelog"});
+    const ProcessResult result = RunK2k({"map", "-pal", "game", "-writelog"});
     EXPECT_EQ(test::ReadFile("buildlog.txt"), "map -pal game -writelog\n" + result.out);
 }
 
 TEST_F(TheProgram, PrintsToStandardOutputOnly) {
     WriteMap("map.$$M");
-    const ProcessResult result = K2k({"map", "-pal", "game"});
+    const ProcessResult result = RunK2k({"map", "-pal", "game"});
     EXPECT_EQ(result.err, "");
     EXPECT_THAT(result.out, Not(HasSubstr("\a"))) << "there is nobody to hear a beep";
     EXPECT_THAT(result.out, Not(HasSubstr("\033")));
@@ -135,7 +127,7 @@ TEST_F(TheProgram, PrintsToStandardOutputOnly) {
 
 TEST_F(TheProgram, WipesItsProgressLineOffATerminal) {
     WriteMap("map.$$M");
-    const ProcessResult result = test::RunOnTerminal(Command({"map", "-pal", "game"}));
+    const ProcessResult result = test::RunOnTerminal(test::K2kCommand({"map", "-pal", "game"}));
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, HasSubstr("\a"));
     EXPECT_THAT(result.out, EndsWith("] Ok\033[K\033[A\033[2G\r\n\r\033[K\033[A\033[2G"));
@@ -146,7 +138,7 @@ class ASignal : public TheProgram {
     // The status of a program that a signal reached in its first stage, where it waits for its map.
     static int StatusAfter(int signal) {
         mkfifo("map.$$M", 0600);
-        Process program(Command({"map", "-pal", "game"}));
+        Process program(test::K2kCommand({"map", "-pal", "game"}));
         EXPECT_TRUE(program.WaitForOutput("Report mode"));
         program.Signal(signal);
         return program.Wait().status;
