@@ -1,5 +1,5 @@
 // What a light gives to a sample: (range - distance) * (cosine * (2 - lm) + lm) * colour, with lm the angle softness.
-// Distances and colours are 32-bit; the cosine is a dot product and stays double.
+// Distances and colours are stored in 32 bits; everything between two stores is double.
 //
 // A ray changes nothing, so it is cast last: range, angle and amount decide without it for most samples.
 #include "driver/build_options.h"
@@ -15,8 +15,8 @@ constexpr double FlatHorizon = 0;
 constexpr double PhongHorizon = -0.5;  // light wraps 60 degrees past a smooth surface's horizon
 constexpr double PhongReach = 1.5;     // smooth samples can lie this much nearer than their plane
 
-float Sum(const Vec3& colour) {
-    return colour[0] + colour[1] + colour[2];
+double Sum(const Vec3& colour) {
+    return static_cast<double>(colour[0]) + colour[1] + colour[2];
 }
 
 // Certainly out of reach, without a root: the margin covers the rounding of the exact test.
@@ -36,11 +36,10 @@ bool LightAt(const ActiveLight& active, const LightSpot& spot, double horizon, V
     if (dist >= light.lightRange) return false;
     double angle = Dot(dir, spot.normal);
     if (angle < horizon) return false;
-    const float softness = Options().lmambient;
+    const double softness = Options().lmambient;
     angle = angle * (2 - softness) + softness;
-    for (size_t c = 0; c < 3; c++) {
-        value[c] = static_cast<float>((light.lightRange - dist) * angle * light.lightColor[c]);
-    }
+    const double left = static_cast<double>(light.lightRange) - dist;
+    for (size_t c = 0; c < 3; c++) value[c] = static_cast<float>(left * angle * light.lightColor[c]);
     if (Sum(value) <= 0) return false;
     return !IsShadowed(origin, spot.end);
 }

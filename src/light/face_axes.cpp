@@ -67,7 +67,8 @@ WorldAxes WorldAxesOf(const TextureAxes& axes, const TextureSlant& slant, const 
     Vec3 origin{};
     if (!Options().mesh) {
         for (size_t c = 0; c < 3; c++) {
-            origin[c] = -axes.offset[0] * world.texToWorld[0][c] - axes.offset[1] * world.texToWorld[1][c];
+            origin[c] = static_cast<float>(-static_cast<double>(axes.offset[0]) * world.texToWorld[0][c] -
+                                           static_cast<double>(axes.offset[1]) * world.texToWorld[1][c]);
         }
     }
     const double d = (Dot(origin, plane.normal) - plane.dist - lift) / slant.distScale;

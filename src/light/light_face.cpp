@@ -83,7 +83,8 @@ std::optional<LightBlock> StoreFlat(const CLightFace& face, const CSampleBuffers
     LightBlock block = BlockOf(face);
     const Vec3& ambient = Lighting().AmbientColour;
     for (size_t i = 0; i < block.texels.size(); i++) {
-        for (size_t c = 0; c < 3; c++) block.texels[i][c] = samples.colours[i][c] * 0.5F + ambient[c];
+        for (size_t c = 0; c < 3; c++)
+            block.texels[i][c] = static_cast<float>(samples.colours[i][c] * 0.5 + ambient[c]);
     }
     return block;
 }
@@ -100,8 +101,9 @@ std::optional<LightBlock> StoreOversampled(const CLightFace& face, const CSample
             const size_t a = (x + y * w * 2) * 2;
             const size_t b = ((y * 2 + 1) * w + x) * 2;
             for (size_t c = 0; c < 3; c++) {
-                const float sum = colours[a][c] + colours[a + 1][c] + colours[b][c] + colours[b + 1][c];
-                block.texels[y * w + x][c] = 0.125F * sum + ambient[c];
+                const double sum =
+                    static_cast<double>(colours[a][c]) + colours[a + 1][c] + colours[b][c] + colours[b + 1][c];
+                block.texels[y * w + x][c] = static_cast<float>(0.125 * sum + ambient[c]);
             }
         }
     }

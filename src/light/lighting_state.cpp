@@ -20,8 +20,8 @@ constexpr double RadiansPerDegree = 3.141592653589793 / 180;
 void SetAmbient(LightingState& state) {
     state.AmbientLevel = 0;
     for (size_t c = 0; c < 3; c++) {
-        state.AmbientColour[c] = Options().ambrgb[c] * 255 / 100;
-        state.AmbientLevel = TruncToInt(static_cast<float>(state.AmbientLevel) + state.AmbientColour[c]);
+        state.AmbientColour[c] = static_cast<float>(Options().ambrgb[c] * 255.0 / 100.0);
+        state.AmbientLevel = TruncToInt(state.AmbientLevel + static_cast<double>(state.AmbientColour[c]));
     }
     state.AmbientLevel /= 3;
 }
@@ -43,7 +43,8 @@ LightRecord DirectSun() {
     LightRecord sun;
     if (std::none_of(percent.begin(), percent.end(), [](float c) { return c > 0; })) return sun;
     sun.lightRange = SunRange;
-    for (size_t c = 0; c < 3; c++) sun.lightColor[c] = percent[c] * 6 * 255 / 100 / sun.lightRange;
+    for (size_t c = 0; c < 3; c++)
+        sun.lightColor[c] = static_cast<float>(percent[c] * 6.0 * 255.0 / 100.0 / sun.lightRange);
     return sun;
 }
 

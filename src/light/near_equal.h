@@ -28,4 +28,13 @@ inline Vec3 PointAlong(const Vec3& from, const Vec3& direction, double t) {
             static_cast<float>(from[2] + direction[2] * t)};
 }
 
+// from + (to - from) * t, all of it in double, narrowed once a component.
+inline Vec3 PointBetween(const Vec3& from, const Vec3& to, double t) {
+    Vec3 point;
+    for (size_t c = 0; c < 3; c++) {
+        point[c] = static_cast<float>(from[c] + (static_cast<double>(to[c]) - from[c]) * t);
+    }
+    return point;
+}
+
 }  // namespace k2k

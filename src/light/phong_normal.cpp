@@ -76,12 +76,11 @@ std::optional<size_t> CrossedEdge(const PolygonInfo& polygon, const Vec3& p) {
     const double dist = Dot(across, middle);
     for (size_t i = 0; i < polygon.points.size(); i++) {
         const Vec3& a = polygon.points[i];
-        const Vec3 edge = EdgeVector(polygon, i);
-        const double slope = Dot(edge, across);
+        const double slope = Dot(EdgeVector(polygon, i), across);
         if (slope == 0) continue;
         const double t = (dist - Dot(a, across)) / slope;
         if (!(t >= 0 && t <= 1)) continue;
-        if (Dot(dir, Sub(PointAlong(a, edge, t), middle)) >= 0) return i;
+        if (Dot(dir, Sub(PointBetween(a, polygon.points[NextPoint(polygon, i)], t), middle)) >= 0) return i;
     }
     return std::nullopt;
 }
@@ -146,7 +145,7 @@ bool NormalFromCorner(const PolygonInfo& polygon, size_t corner, const Vec3& q, 
         const std::optional<double> met = MeetEdge(polygon, i, from, plane, q);
         if (!met) continue;
         const double t = std::clamp(*met, 0.0, 1.0);
-        const Vec3 e = PointAlong(polygon.points[i], EdgeVector(polygon, i), t);
+        const Vec3 e = PointBetween(polygon.points[i], polygon.points[NextPoint(polygon, i)], t);
         const Vec3 edgeNormal = MixNormals(polygon.vertexNormals[i], polygon.vertexNormals[NextPoint(polygon, i)], t);
         const double fraction = FractionBetween(from, e, q);
         const double f = std::isnan(fraction) ? 0 : std::clamp(fraction, 0.0, 1.0);

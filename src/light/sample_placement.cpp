@@ -28,7 +28,8 @@ class SamplePlacer {
     Vec3 PositionOf(float s, float t) const {
         Vec3 position;
         for (size_t c = 0; c < 3; c++) {
-            position[c] = (face_.texToWorld[0][c] * s + face_.texOrigin[c]) + face_.texToWorld[1][c] * t;
+            const double across = static_cast<double>(face_.texToWorld[0][c]) * s + face_.texOrigin[c];
+            position[c] = static_cast<float>(across + static_cast<double>(face_.texToWorld[1][c]) * t);
         }
         return position;
     }

@@ -172,7 +172,7 @@ bool CTraceTree::Walk(const Vec3& start, const Vec3& end, Vec3& hit, StackEntry*
         } else {
             side = d1 < 0 ? 1 : 0;
             *top++ = {back, side, n};
-            back = PointAlong(front, Sub(back, front), d1 / (d1 - d2));
+            back = PointBetween(front, back, d1 / (d1 - d2));
         }
         if (!descend(n, side)) return false;
     }

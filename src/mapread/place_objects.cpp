@@ -134,9 +134,10 @@ Vec3 LightColour(Vec3 colour) {
 void PrepareLight(const RecordFields& record, CEntity& entity) {
     const Vec3 colour = LightColour(VectorAt(record, 16));
     entity.rawRange = record.At<float>(28);
-    entity.lightRange = entity.rawRange == 0 ? 2 * (colour[0] + colour[1] + colour[2]) : entity.rawRange;
+    const double automatic = 2.0 * (static_cast<double>(colour[0]) + colour[1] + colour[2]);
+    entity.lightRange = entity.rawRange == 0 ? static_cast<float>(automatic) : entity.rawRange;
     if (entity.lightRange < 1) entity.lightRange = 1;
-    for (size_t i = 0; i < 3; ++i) entity.lightColor[i] = colour[i] * 3 / entity.lightRange;
+    for (size_t i = 0; i < 3; ++i) entity.lightColor[i] = static_cast<float>(colour[i] * 3.0 / entity.lightRange);
 }
 
 void PlaceLight(const RecordFields& record, CEntity& entity) {

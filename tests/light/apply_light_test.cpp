@@ -79,13 +79,15 @@ class PlainLights {
         Normalize(dir);
         double angle = Dot(dir, normal);
         if (angle < (phong_ ? -0.5 : 0.0)) return false;
-        const float lm = Options().lmambient;
+        const double lm = Options().lmambient;
         angle = angle * (2 - lm) + lm;
         for (size_t c = 0; c < 3; c++) {
-            value[c] = static_cast<float>((light.lightRange - dist) * angle * light.lightColor[c]);
+            value[c] = static_cast<float>((static_cast<double>(light.lightRange) - dist) * angle * light.lightColor[c]);
         }
         return true;
     }
+
+    static double Total(const Vec3& v) { return static_cast<double>(v[0]) + v[1] + v[2]; }
 
     void Apply(const ActiveLight& active) {
         if (!Reaches(active)) return;
@@ -102,10 +104,10 @@ class PlainLights {
                 lastValue = {};
                 if (!Light(active, normal, end, lastValue)) continue;
             }
-            if (lastValue[0] + lastValue[1] + lastValue[2] <= 0) continue;
+            if (Total(lastValue) <= 0) continue;
             Vec3& colour = result.colours[i];
             for (size_t c = 0; c < 3; c++) colour[c] += lastValue[c];
-            if (colour[0] + colour[1] + colour[2] > 1) strong = true;
+            if (Total(colour) > 1) strong = true;
         }
         if (strong && (active.light.flags & 1) != 0) result.shadowed = 1;
         if (strong || Lighting().AmbientLevel != 0) result.lit = 1;

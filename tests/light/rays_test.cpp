@@ -35,7 +35,7 @@ class PlainTrace {
         if (d1 > -eps && d2 > -eps) return Walk(node.children[0], front, back, hit);
         if (d1 < eps && d2 < eps) return Walk(node.children[1], front, back, hit);
         const size_t side = d1 < 0 ? 1 : 0;
-        const Vec3 middle = PointAlong(front, Sub(back, front), d1 / (d1 - d2));
+        const Vec3 middle = PointBetween(front, back, d1 / (d1 - d2));
         return Walk(node.children[side], front, middle, hit) && Walk(node.children[1 - side], middle, back, hit);
     }
 };
