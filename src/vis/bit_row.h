@@ -3,7 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 namespace k2k {
 
@@ -38,17 +38,17 @@ inline void OrRow(Word* into, const Word* row, size_t words) {
     for (size_t i = 0; i < words; ++i) into[i] |= row[i];
 }
 
-// Many rows of one length in one block, all bits clear at first.
+// Many rows of one length in one block, all bits clear at first. Pages that are never written to cost no memory.
 class RowTable {
   public:
-    void Reset(size_t rowCount, size_t rowWords) {
-        rowWords_ = rowWords;
-        words_.assign(rowCount * rowWords, 0);
-    }
-    Word* row(size_t number) { return words_.data() + number * rowWords_; }
+    void Reset(size_t rowCount, size_t rowWords);
+    Word* row(size_t number) { return words_.get() + number * rowWords_; }
 
   private:
-    std::vector<Word> words_;
+    struct Free {
+        void operator()(Word* words) const;
+    };
+    std::unique_ptr<Word[], Free> words_;
     size_t rowWords_ = 0;
 };
 

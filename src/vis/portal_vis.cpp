@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <system_error>
 #include <thread>
 
 #include "driver/build_log.h"
@@ -39,10 +40,13 @@ void Work(Flow& flow) {
     }
 }
 
-// The calling thread is one of the workers.
+// The calling thread is one of the workers. Where the system has no more threads, those that there are do the work.
 void RunWorkers(Flow& flow, int32_t workers) {
     std::vector<std::jthread> others;
-    for (int32_t i = 1; i < workers; ++i) others.emplace_back([&flow] { Work(flow); });
+    try {
+        for (int32_t i = 1; i < workers; ++i) others.emplace_back([&flow] { Work(flow); });
+    } catch (const std::system_error&) {
+    }
     Work(flow);
 }
 

@@ -8,6 +8,15 @@ namespace k2k {
 namespace {
 
 constexpr uint8_t MaxZeroRun = 255;
+constexpr size_t ZeroRunBytes = 2;  // a run takes, packed
+
+size_t PackedBytes(int32_t regionCount) {
+    return (static_cast<size_t>(regionCount) + 7) / 8;
+}
+
+[[noreturn]] void FailOverrun() {
+    FatalError(" \nE111: Map size - Visibility list overrun");
+}
 
 void WarnMisplaced() {
     ++WarnCount;
@@ -41,16 +50,19 @@ void PackRow(std::span<const uint8_t> row, std::vector<uint8_t>& packed) {
     }
 }
 
+void RequireRowSpace(int32_t regionCount) {
+    const size_t rowBytes = PackedBytes(regionCount) * ZeroRunBytes / MaxZeroRun;
+    if (static_cast<size_t>(regionCount) * rowBytes > static_cast<size_t>(MaxVisibilitySize)) FailOverrun();
+}
+
 void MakeRegionRows(const VisGraph& graph, std::span<CRegion> rows, std::vector<uint8_t>& visibility) {
-    const size_t packedBytes = (static_cast<size_t>(graph.regionCount()) + 7) / 8;
+    const size_t packedBytes = PackedBytes(graph.regionCount());
     std::vector<Word> row;
     for (int32_t region = 0; region < graph.regionCount(); ++region) {
         RegionVisRow(graph, region, row);
         rows[static_cast<size_t>(region) + 1].visOffset = static_cast<int32_t>(visibility.size());
         PackRow({reinterpret_cast<const uint8_t*>(row.data()), packedBytes}, visibility);
-        if (visibility.size() > static_cast<size_t>(MaxVisibilitySize)) {
-            FatalError(" \nE111: Map size - Visibility list overrun");
-        }
+        if (visibility.size() > static_cast<size_t>(MaxVisibilitySize)) FailOverrun();
     }
 }
 

@@ -1,11 +1,13 @@
 // The second stage: which regions each region can see.
 #include "vis/visibility_stage.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
 #include "driver/build_log.h"
 #include "driver/build_options.h"
+#include "driver/run_stats.h"
 #include "driver/text.h"
 #include "levelfile/file_klv.h"
 #include "levelfile/portal_data.h"
@@ -39,8 +41,9 @@ void UndoZoomOnly(const BuildOptions& options) {
     SaveLevel(file);
 }
 
+// Row 0 is the solid region, which has no portals.
 int32_t RegionCount() {
-    return static_cast<int32_t>(Portals().regions.size()) - 1;
+    return std::max(static_cast<int32_t>(Portals().regions.size()) - 1, 0);
 }
 
 // The interim portal file stands beside the level.
@@ -52,6 +55,8 @@ const std::string& FormPortalPath() {
 
 void MakeVisibility(const BuildOptions& options) {
     VisGraph graph = ReadPortalFile(FormPortalPath(), RegionCount());
+    RequireRowSpace(graph.regionCount());
+    AddStat("portals", static_cast<int64_t>(graph.portals.size() / 2));
     StartProgress(static_cast<int32_t>(graph.portals.size()));
     BasePortalVis(graph, options.eps);
     if (options.fast) {
@@ -60,7 +65,8 @@ void MakeVisibility(const BuildOptions& options) {
         FlowSettings settings;
         settings.level = options.level;
         settings.eps = options.eps;
-        CalculatePortalVis(graph, settings, options.threads);
+        const FlowCounts counts = CalculatePortalVis(graph, settings, options.threads);
+        AddStat("region_flow_calls", counts.regionFlowCalls);
     }
     for (const VisPortal& portal : graph.portals) CheckPolygon(portal.polygon);
     std::vector<uint8_t>& visibility = Portals().visibility;

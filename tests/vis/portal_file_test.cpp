@@ -81,6 +81,13 @@ TEST_F(PortalFileTest, StopsWhenTheFileIsMissing) {
     ExpectFatal([] { ReadPortalFile("/nowhere/x.$$p", 1); }, " \nCan't read interim file /nowhere/x.$$p\n");
 }
 
+TEST_F(PortalFileTest, ADashIsStandardInput) {
+    const TempDir folder;
+    WriteFile(folder.File("input"), Portals(2, 1, OneSquare));
+    ASSERT_NE(std::freopen(folder.File("input").c_str(), "r", stdin), nullptr);
+    EXPECT_EQ(ReadPortalFile("-", 2).portals.size(), 2U);
+}
+
 TEST_F(PortalFileTest, RejectsABrokenHead) {
     ExpectRejected(2, "", "E116");
     ExpectRejected(2, "PORT\n", "E116");

@@ -138,5 +138,11 @@ TEST_F(RegionRowsTest, StopsBeforeTheRowsOverrunTheirSpace) {
     ExpectFatal([&] { MakeRows(graph); }, " \nE111: Map size - Visibility list overrun");
 }
 
+TEST_F(RegionRowsTest, StopsBeforeTheWorkOnRowsThatCannotFit) {
+    RequireRowSpace(92000);
+    ExpectFatal([] { RequireRowSpace(94000); }, " \nE111: Map size - Visibility list overrun");
+    ExpectFatal([] { RequireRowSpace(2147483647); }, " \nE111: Map size - Visibility list overrun");
+}
+
 }  // namespace
 }  // namespace k2k::test
