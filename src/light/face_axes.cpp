@@ -2,6 +2,7 @@
 #include "light/face_axes.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 
 #include "driver/build_log.h"
@@ -23,8 +24,7 @@ int64_t WholeTexel(float texels) {
 }
 
 void WarnOfSize(const SurfaceRecord& surface) {
-    if (Lighting().sizeWarned) return;
-    Lighting().sizeWarned = true;
+    if (std::atomic_ref(Lighting().sizeWarned).exchange(true)) return;
     BuildLog(" \nWARNING W149: \"%s\" - invalid surface size\n", TextureTitle(SurfaceTexinfo(surface)).c_str());
 }
 

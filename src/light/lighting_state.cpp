@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
+#include "driver/build_log.h"
 #include "driver/build_options.h"
 #include "levelfile/entity_data.h"
 #include "light/light_block.h"
@@ -48,17 +50,6 @@ LightRecord DirectSun() {
     return sun;
 }
 
-LightRecord LightOfEntity(const CEntity& entity) {
-    LightRecord light;
-    light.origin = entity.origin;
-    light.lightRange = entity.lightRange;
-    light.lightColor = entity.lightColor;
-    light.flags = entity.flags;
-    light.lightValue = TruncToInt(entity.lightValue);
-    light.rawRange = entity.rawRange;
-    return light;
-}
-
 }  // namespace
 
 LightingState& Lighting() {
@@ -91,6 +82,17 @@ void SetDirectLights() {
     if (state.SunLight.lightRange > 0) state.ActiveLights.push_back({state.SunLight, true});
 }
 
+LightRecord LightOfEntity(const CEntity& entity) {
+    LightRecord light;
+    light.origin = entity.origin;
+    light.lightRange = entity.lightRange;
+    light.lightColor = entity.lightColor;
+    light.flags = entity.flags;
+    light.lightValue = TruncToInt(entity.lightValue);
+    light.rawRange = entity.rawRange;
+    return light;
+}
+
 void CloseLighting() {
     LightingState& state = Lighting();
     state.lightDataLength = static_cast<uint32_t>(state.LightStore.length());
@@ -99,7 +101,9 @@ void CloseLighting() {
 }
 
 uint32_t AllocLightData(uint32_t size) {
-    return static_cast<uint32_t>(Lighting().LightStore.Alloc(size));
+    const size_t offset = Lighting().LightStore.Alloc(size);
+    if (offset + size > std::numeric_limits<uint32_t>::max()) FatalError("E041: Map size - lightmap space overrun!");
+    return static_cast<uint32_t>(offset);
 }
 
 void ResetLighting() {

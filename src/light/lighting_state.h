@@ -10,6 +10,8 @@
 
 namespace k2k {
 
+struct CEntity;
+
 struct LightingState {
     CLightStore LightStore;
     GammaCurve GammaTable{};
@@ -31,6 +33,9 @@ void OpenLighting();
 
 // The direct road's sun and the list of active lights, from the object table. -mono turns sun and ambient grey here.
 void SetDirectLights();
+
+// The lighting view of a row of the object table.
+LightRecord LightOfEntity(const CEntity& entity);
 
 // Records the light data's length; the store and the lights are freed.
 void CloseLighting();

@@ -60,6 +60,18 @@ bool IsShadowed(const Vec3& start, const Vec3& end, int32_t excludeSurface) {
     return IsBlocked(start, end, hit, excludeSurface);
 }
 
+bool IsShadowedBy(const Vec3& start, const Vec3& end, int32_t& leaf) {
+    leaf = -1;
+    if (TraceTree == nullptr) return IsShadowed(start, end);
+    RaysCast++;
+    Vec3 hit;
+    return !TraceTree->TraceLine(start, end, hit, leaf) && !NearlyEqual(hit, end, SpotSize);
+}
+
+const CTraceTree* RayTree() {
+    return TraceTree.get();
+}
+
 bool PointInSolid(const Vec3& point) {
     return Options().mesh ? PointInMeshes(point) : TraceTree->PointInSolid(point);
 }

@@ -7,6 +7,8 @@
 
 namespace k2k {
 
+class CTraceTree;
+
 constexpr float RayBlocked = -1.0F;
 constexpr int32_t NoSurface = -1;
 
@@ -29,6 +31,12 @@ float TraceShadow(const Vec3& start, const Vec3& end, Vec3& hit, int32_t exclude
 
 // The same answer for callers that have the length already.
 bool IsShadowed(const Vec3& start, const Vec3& end, int32_t excludeSurface = NoSurface);
+
+// The same for a ray that nothing is excluded from; leaf is the solid leaf of the trace tree that stopped it, or -1.
+bool IsShadowedBy(const Vec3& start, const Vec3& end, int32_t& leaf);
+
+// The tree that rays walk; null on mesh levels.
+const CTraceTree* RayTree();
 
 bool PointInSolid(const Vec3& point);
 

@@ -120,30 +120,38 @@ void CTraceTree::AppendLeafFaces(const CRegion& region) {
 }
 
 bool CTraceTree::TraceLine(const Vec3& start, const Vec3& end, Vec3& hit) const {
-    return useSeeThrough_ ? WalkWithStack<true>(start, end, hit) : WalkWithStack<false>(start, end, hit);
+    int32_t leaf = -1;
+    return TraceLine(start, end, hit, leaf);
+}
+
+bool CTraceTree::TraceLine(const Vec3& start, const Vec3& end, Vec3& hit, int32_t& leaf) const {
+    leaf = -1;
+    return useSeeThrough_ ? WalkWithStack<true>(start, end, hit, leaf) : WalkWithStack<false>(start, end, hit, leaf);
 }
 
 template <bool seeThrough>
-bool CTraceTree::WalkWithStack(const Vec3& start, const Vec3& end, Vec3& hit) const {
+bool CTraceTree::WalkWithStack(const Vec3& start, const Vec3& end, Vec3& hit, int32_t& leaf) const {
     if (depth_ <= UsualDepth) {
         std::array<StackEntry, UsualDepth> stack;
-        return Walk<seeThrough>(start, end, hit, stack.data());
+        return Walk<seeThrough>(start, end, hit, leaf, stack.data());
     }
     const auto stack = std::make_unique_for_overwrite<StackEntry[]>(depth_);
-    return Walk<seeThrough>(start, end, hit, stack.get());
+    return Walk<seeThrough>(start, end, hit, leaf, stack.get());
 }
 
 // The stack holds the nodes above the current one at which the segment was cut: never more than the tree is deep.
 template <bool seeThrough>
-bool CTraceTree::Walk(const Vec3& start, const Vec3& end, Vec3& hit, StackEntry* stack) const {
+bool CTraceTree::Walk(const Vec3& start, const Vec3& end, Vec3& hit, int32_t& leaf, StackEntry* stack) const {
     Vec3 front = start;
     Vec3 back = end;
     int32_t n = 0;
+    int32_t slot = -1;  // where n stands: its parent * 2 + its side there
     const StackEntry* const bottom = stack;
     StackEntry* top = stack;
     // Takes a child; false when a surface of a detail leaf stops the segment there.
     const auto descend = [&](int32_t node, uint32_t side) {
         n = nodes_[static_cast<size_t>(node)].child[side];
+        slot = 2 * node + static_cast<int32_t>(side);
         if constexpr (seeThrough) {
             if (IsDetailLeaf(n) && TestSeeThroughFaces(node, side, start, end, hit)) return false;
         }
@@ -159,6 +167,7 @@ bool CTraceTree::Walk(const Vec3& start, const Vec3& end, Vec3& hit, StackEntry*
         }
         if (n == ContentsSolid) {
             hit = front;
+            leaf = slot;
             return false;
         }
         const TraceNode& node = nodes_[static_cast<size_t>(n)];

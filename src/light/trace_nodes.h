@@ -33,6 +33,8 @@ class CTraceTree {
     // Whether the segment meets no solid leaf; else hit is where it enters the first one. Detail leaves stop it at
     // their surfaces.
     bool TraceLine(const Vec3& start, const Vec3& end, Vec3& hit) const;
+    // The same; leaf is the solid leaf that stopped the segment, as its node's number * 2 + its side there, or -1.
+    bool TraceLine(const Vec3& start, const Vec3& end, Vec3& hit, int32_t& leaf) const;
     // Whether the point lies in a solid leaf.
     bool PointInSolid(const Vec3& point) const;
 
@@ -49,9 +51,9 @@ class CTraceTree {
     void AddLeaf(const Pending& pending);
     void AppendLeafFaces(const CRegion& region);
     template <bool seeThrough>
-    bool WalkWithStack(const Vec3& start, const Vec3& end, Vec3& hit) const;
+    bool WalkWithStack(const Vec3& start, const Vec3& end, Vec3& hit, int32_t& leaf) const;
     template <bool seeThrough>
-    bool Walk(const Vec3& start, const Vec3& end, Vec3& hit, StackEntry* stack) const;
+    bool Walk(const Vec3& start, const Vec3& end, Vec3& hit, int32_t& leaf, StackEntry* stack) const;
     // Whether the segment meets a surface of the detail leaf on that side of the node.
     bool TestSeeThroughFaces(int32_t node, uint32_t side, const Vec3& start, const Vec3& stop, Vec3& hit) const;
 

@@ -1,5 +1,7 @@
 #include "radiosity/transfers.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <new>
 
@@ -12,6 +14,140 @@ namespace {
 constexpr double NearestSquared = 0.0001;
 constexpr double FarthestSquared = 9000000;  // 3,000 units
 constexpr double SmallestTransfer = 0.0001;
+
+// Differences of 32-bit origins and directions are off by less than this in distances along a normal, up to the
+// farthest transfer.
+constexpr double PlaneMargin = 0.01;
+constexpr double SquareMargin = 1.0001;
+
+// The shadows of the obstacles that lately hid something from a patch, the latest first.
+class RecentShadows {
+  public:
+    RecentShadows(const ShadowRays& rays, const Vec3& end) : rays_(rays), end_(end), isOpen_(rays.IsOpen(end)) {
+        for (size_t i = 0; i < entries_.size(); i++) order_[i] = &entries_[i];
+    }
+
+    bool Contain(const Vec3& point) {
+        return FindFirst([&](const Entry& entry) { return entry.shadow.Contains(point); });
+    }
+    bool ContainBox(const SiteBounds& box) {
+        return FindFirst([&](const Entry& entry) { return entry.shadow.ContainsBox(box.mins, box.maxs); });
+    }
+
+    // Takes the shadow of an obstacle in, at the cost of the one that has been of no use for longest.
+    void Remember(Blocker blocker) {
+        if (!isOpen_) return;
+        if (FindFirst([&](const Entry& entry) { return entry.blocker == blocker; })) return;
+        Entry& spare = *order_.back();
+        spare.shadow.count = 0;
+        if (!rays_.CastShadow(blocker, end_, spare.shadow)) return;
+        spare.blocker = blocker;
+        used_ = std::min(used_ + 1, MaxShadows);
+        MoveToFront(MaxShadows);
+    }
+
+  private:
+    static constexpr size_t MaxShadows = 4;
+    struct Entry {
+        Blocker blocker = NoBlocker;
+        ShadowVolume shadow;
+    };
+
+    // Whether one of the entries in use is what is looked for; it comes to the front.
+    template <typename IsIt>
+    bool FindFirst(IsIt isIt) {
+        for (size_t i = 0; i < used_; i++) {
+            if (!isIt(*order_[i])) continue;
+            MoveToFront(i);
+            return true;
+        }
+        return false;
+    }
+    void MoveToFront(size_t i) {
+        std::rotate(order_.begin(), order_.begin() + static_cast<ptrdiff_t>(i),
+                    order_.begin() + static_cast<ptrdiff_t>(i) + 1);
+    }
+
+    const ShadowRays& rays_;
+    const Vec3 end_;
+    const bool isOpen_;
+    std::array<Entry, MaxShadows + 1> entries_;  // one is spare
+    std::array<Entry*, MaxShadows + 1> order_{};
+    size_t used_ = 0;
+};
+
+// Finds all patches that send light to one.
+class SenderSearch {
+  public:
+    SenderSearch(const CPatchTree& tree, const ShadowRays& rays, uint32_t site)
+        : tree_(tree),
+          rays_(rays),
+          self_(site),
+          to_(tree.sites()[site]),
+          height_(Dot(to_.origin, to_.normal)),
+          margin_(PlaneMargin * tree.longestNormal()),
+          shadows_(rays, to_.origin) {
+        // The amount falls with the square of the distance, and the cosines are at most the normals' lengths.
+        const double strongest = to_.area * std::sqrt(LengthSquared(to_.normal)) * tree.longestNormal();
+        reachSquared_ = std::min(FarthestSquared, strongest / SmallestTransfer * SquareMargin) * SquareMargin;
+    }
+
+    // Sorted by the sender.
+    std::vector<Transfer> FindAll() {
+        const auto& nodes = tree_.nodes();
+        for (uint32_t i = 0; i < nodes.size();) {
+            const PatchNode& node = nodes[i];
+            if (IsOutOfSight(node.bounds)) {
+                i = node.end;
+                continue;
+            }
+            if (node.IsLeaf(i)) SearchGroup(tree_.groups()[node.firstGroup]);
+            i++;
+        }
+        std::sort(found_.begin(), found_.end(), [](const Transfer& a, const Transfer& b) { return a.patch < b.patch; });
+        return std::move(found_);
+    }
+
+  private:
+    bool IsOutOfSight(const SiteBounds& bounds) {
+        if (bounds.DistanceSquared(to_.origin) > reachSquared_) return true;
+        if (bounds.Highest(to_.normal) < height_ - margin_) return true;
+        return shadows_.ContainBox(bounds);
+    }
+
+    void SearchGroup(const PatchGroup& group) {
+        if (group.flat && Dot(to_.origin, group.normal) < group.lowest - margin_) return;
+        for (uint32_t site = group.first; site < group.first + group.count; site++) {
+            if (site != self_) TrySender(site);
+        }
+    }
+
+    void TrySender(uint32_t site) {
+        const PatchSite& from = tree_.sites()[site];
+        const Vec3 delta = Sub(to_.origin, from.origin);
+        if (Dot(delta, to_.normal) > margin_ || Dot(delta, from.normal) < -margin_) return;
+        if (shadows_.Contain(from.origin)) return;
+        const float amount = TransferAmount(from, to_);
+        if (amount > 0 && !IsBlocked(from.origin)) found_.push_back({tree_.patchAt()[site], amount});
+    }
+
+    bool IsBlocked(const Vec3& start) {
+        Blocker blocker = NoBlocker;
+        if (!rays_.IsBlocked(start, to_.origin, blocker)) return false;
+        if (blocker != NoBlocker) shadows_.Remember(blocker);
+        return true;
+    }
+
+    const CPatchTree& tree_;
+    const ShadowRays& rays_;
+    const uint32_t self_;
+    const PatchSite& to_;
+    const double height_;  // of the patch along its normal
+    const double margin_;  // of distances along normals
+    double reachSquared_ = 0;
+    RecentShadows shadows_;
+    std::vector<Transfer> found_;
+};
 
 }  // namespace
 
@@ -32,23 +168,16 @@ float TransferAmount(const PatchSite& from, const PatchSite& to) {
 }
 
 CTransfers::CTransfers(const LightPatches& patches, const ShadowRays& rays)
-    : rays_(rays), incoming_(patches.patches.size()) {
-    sites_.reserve(patches.patches.size());
-    for (const CLightPatch& patch : patches.patches) sites_.push_back({patch.origin, patch.normal, patch.area});
+    : rays_(rays), tree_(patches), siteOf_(patches.patches.size()), incoming_(patches.patches.size()) {
+    const auto& patchAt = tree_.patchAt();
+    for (uint32_t site = 0; site < patchAt.size(); site++) siteOf_[patchAt[site]] = site;
 }
 
 void CTransfers::MakeTransfers(int32_t patchIndex) {
-    const auto self = static_cast<uint32_t>(patchIndex);
-    const PatchSite& to = sites_[self];
-    std::vector<Transfer> found;
-    for (uint32_t i = 0; i < sites_.size(); i++) {
-        if (i == self) continue;
-        const float amount = TransferAmount(sites_[i], to);
-        if (!(amount > 0) || rays_.IsBlocked(sites_[i].origin, to.origin)) continue;
-        found.push_back({i, amount});
-    }
+    const auto patch = static_cast<size_t>(patchIndex);
     try {
-        incoming_[self].assign(found.begin(), found.end());
+        const std::vector<Transfer> found = SenderSearch(tree_, rays_, siteOf_[patch]).FindAll();
+        incoming_[patch].assign(found.begin(), found.end());
     } catch (const std::bad_alloc&) {
         FatalError("Memory allocation failure");
     }
@@ -56,8 +185,9 @@ void CTransfers::MakeTransfers(int32_t patchIndex) {
 
 void CTransfers::ShareOut() {
     // Summed in the order of the receivers, in 32 bits, as each sender's own list would be.
-    std::vector<float> totals(sites_.size());
-    std::vector<int32_t> numtransfers(sites_.size());
+    const size_t patchCount = incoming_.size();
+    std::vector<float> totals(patchCount);
+    std::vector<int32_t> numtransfers(patchCount);
     for (const auto& list : incoming_) {
         for (const Transfer& link : list) {
             totals[link.patch] += link.factor;
@@ -66,7 +196,7 @@ void CTransfers::ShareOut() {
     }
     count_ = 0;
     for (const int32_t number : numtransfers) {
-        if (number < 0 || static_cast<size_t>(number) > sites_.size()) FatalError("Weird numtransfers");
+        if (number < 0 || static_cast<size_t>(number) > patchCount) FatalError("Weird numtransfers");
         count_ += number;
     }
     for (auto& list : incoming_) {

@@ -1,27 +1,16 @@
 // Which patches see which others, and how much of its light each one sends there.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <span>
 #include <vector>
 
 #include "radiosity/light_patch.h"
+#include "radiosity/patch_tree.h"
+#include "radiosity/shadow_rays.h"
 
 namespace k2k {
-
-// The level's answer to shadow rays.
-class ShadowRays {
-  public:
-    virtual ~ShadowRays() = default;
-    virtual bool IsBlocked(const Vec3& start, const Vec3& end) const = 0;
-};
-
-// What a transfer depends on.
-struct PatchSite {
-    Vec3 origin{};
-    Vec3 normal{};
-    float area = 0;
-};
 
 // What reaches `to` of the light that `from` sends, if nothing is in the way; 0 for too little, too far, or away from
 // one of the two.
@@ -46,7 +35,8 @@ class CTransfers {
 
   private:
     const ShadowRays& rays_;
-    std::vector<PatchSite> sites_;
+    CPatchTree tree_;
+    std::vector<uint32_t> siteOf_;  // of each patch
     std::vector<std::vector<Transfer>> incoming_;
     int64_t count_ = 0;
 };
