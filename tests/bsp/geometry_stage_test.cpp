@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -236,8 +238,39 @@ TEST_F(GeometryStage, TexsonlyReloadsTexturesAndTellsWhenTheMapChanged) {
     EXPECT_EQ(Geometry().surfaces.size(), 6U);
 }
 
+TEST_F(GeometryStage, TexsonlyForgetsTheMappingsOfTheOldMap) {
+    const std::string room = RoomText({16, 16, 16}, {144, 144, 144});
+    Build(WorldText(room + BlockText({20, 20, 20}, {24, 24, 24}, "WOOD")));
+    LoadLevel();
+    const size_t before = Textures().texinfos.size();
+    Options().texsonly = true;
+    EXPECT_THAT(Build(WorldText(room)), HasSubstr("W022"));
+    LoadLevel();
+    EXPECT_LT(Textures().texinfos.size(), before);
+}
+
 // --- The zoom loop. The number of reads shows in the warning that a model's long file name gives, which no mode
-// silences.
+// silences; where there is no warning, in how often the map is opened.
+
+// Counts how often a file is opened.
+class OpenWatch {
+  public:
+    explicit OpenWatch(const char* path) { inotify_add_watch(queue_, path, IN_OPEN | IN_CLOSE_NOWRITE); }
+    ~OpenWatch() { close(queue_); }
+    OpenWatch(const OpenWatch&) = delete;
+    OpenWatch& operator=(const OpenWatch&) = delete;
+
+    // Since the last call.
+    int Take() {
+        int opened = 0;
+        inotify_event event{};  // without a name, as the watch is on a file
+        while (read(queue_, &event, sizeof event) == sizeof event) opened += (event.mask & IN_OPEN) != 0 ? 1 : 0;
+        return opened;
+    }
+
+  private:
+    const int queue_ = inotify_init1(IN_NONBLOCK);
+};
 
 class ZoomLoop : public GeometryStage {
   protected:
@@ -245,6 +278,17 @@ class ZoomLoop : public GeometryStage {
 
     // A map that never reads without a warning, in a dialect that scales.
     static std::string WarningMap() { return WorldText("") + LongNameModel(); }
+
+    // How often a build reads a map. A read may open the file more than once.
+    static int ReadsOf(const std::string& map) {
+        WriteMap(map);
+        OpenWatch watch("level.$$M");
+        ReadMap(false);
+        const int once = watch.Take();
+        Build(map);
+        return watch.Take() / once;
+    }
+
     static std::string LongNameModel() {
         return "{\n3 0 0 0\n0 0 0\n1 1 1\n" + std::string(40, 'x') + "\nname\nndef\n0 0 0 0 0 0 0 0\n00\n}\n";
     }
@@ -254,6 +298,8 @@ TEST_F(ZoomLoop, AMapWithoutWarningsIsReadOnce) {
     const std::string text = Build(RoomMap());
     EXPECT_THAT(text, StartsWith(" \nDetermining best zoom factor [1..1]\nAutozoom set to 1\n"));
     EXPECT_EQ(Options().zoomlevel, 1.0F);
+    Options().zoomlevel = 4;
+    EXPECT_EQ(ReadsOf(RoomMap()), 2) << "once for the zoom, once for the build";
 }
 
 TEST_F(ZoomLoop, ATieKeepsTheSmallerZoom) {
@@ -287,9 +333,12 @@ TEST_F(ZoomLoop, StopsAtTheFirstZoomWithoutWarnings) {
         "4 0 4 5 1 : ROCK ( 1 0 0 0 ) ( 0 0 -1 0 )\n"
         "5 2 7 9 6 3 : ROCK ( 1 0 0 0 ) ( 0 0 -1 0 )\n"
         "3 7 8 9 : ROCK ( 1 0 0 0 ) ( 0 -1 0 0 )\n}\n";
+    const std::string map = "version 511\n" + WorldText(box);
     Options().zoomlevel = 0.5F;
-    EXPECT_THAT(Build("version 511\n" + WorldText(box)), HasSubstr("[1..10]\nAutozoom set to 2\n"));
+    EXPECT_THAT(Build(map), HasSubstr("[1..10]\nAutozoom set to 2\n"));
     EXPECT_EQ(Options().zoomlevel, 2.0F);
+    Options().zoomlevel = 10;
+    EXPECT_EQ(ReadsOf(map), 3) << "zooms 1 and 2, and the build";
 }
 
 TEST_F(ZoomLoop, ReportModesComeBack) {
@@ -338,8 +387,25 @@ TEST_F(DetailLoop, IntersectingBlocksBecomePlainOnes) {
                 StartsWith(" \nChecking detail intersections ... ok"
                            "\nIntersecting detail blocks (1/2)- recompiling..."
                            " \nChecking detail intersections ... ok ok \nBuilding fat hull"));
+    EXPECT_EQ(Geometry().DetailReject, std::vector<int32_t>{});
     LoadLevel();
     EXPECT_GT(Portals().regions.size(), 2U);
+}
+
+TEST_F(DetailLoop, BlocksOfEarlierPassesStayPlain) {
+    // The second block stands on the middle of a piece of floor that is there only when the first one is plain.
+    const std::string beside = BlockText({70, 114, 12}, {90, 130, 40}, "ROCK", DetailFlag);
+    EXPECT_THAT(Build(MapWith(Intersecting() + beside)),
+                StartsWith(" \nChecking detail intersections ... ok"
+                           "\nIntersecting detail blocks (1/2)- recompiling..."
+                           " \nChecking detail intersections ... ok"
+                           "\nIntersecting detail blocks (1/1)- recompiling..."
+                           " \nChecking detail intersections ... ok \nBuilding fat hull"));
+}
+
+TEST_F(DetailLoop, KnowsNothingOfTheBuildBefore) {
+    Geometry().DetailReject = {1, 2, 3, 4, 5, 6, 7};
+    EXPECT_THAT(Build(MapWith(Floating())), StartsWith(" \nChecking detail intersections ... ok ok"));
 }
 
 TEST_F(DetailLoop, ForcedetailSkipsTheCheckAndOverlapsStay) {

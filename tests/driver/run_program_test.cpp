@@ -69,6 +69,12 @@ TEST_F(ARun, PrintsItsBannerAndItsTime) {
     EXPECT_EQ(display_.beeps, 1);
 }
 
+TEST_F(ARun, StartsFromTheDefaults) {
+    Run("map -pal x -mesh");
+    Run("map -pal x");
+    EXPECT_FALSE(Options().mesh);
+}
+
 TEST_F(ARun, StartsWithTheProcessorsOfTheMachine) {
     Run("map -pal x");
     EXPECT_THAT(display_.text, HasSubstr("[CPUs: " + std::to_string(GetWorkerCount()) + "]\n "));
@@ -181,6 +187,14 @@ TEST_F(ARun, StopsAtAFatalError) {
     EXPECT_EQ(ran, "g");
     EXPECT_THAT(display_.text, EndsWith("\n------ CRITICAL ERROR ------\nE051\nPress any key... \n"));
     EXPECT_EQ(display_.beeps, 1);
+}
+
+TEST_F(ARun, ShowsItsFatalErrorWhateverTheRunBefore) {
+    stages_.visibility = Fail;
+    Run("map -pal x");
+    display_.text.clear();
+    Run("map -pal x");
+    EXPECT_THAT(display_.text, EndsWith("\n------ CRITICAL ERROR ------\nE051\nPress any key... \n"));
 }
 
 TEST_F(ARun, ShowsAFullBarAndErrorAfterAFatalError) {

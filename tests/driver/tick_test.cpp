@@ -53,6 +53,14 @@ TEST_F(TheTick, ShowsANewCaptionWithANewTotal) {
     EXPECT_EQ(Handle(), (Events{"range 20"})) << "neither the count nor the caption changed";
 }
 
+TEST_F(TheTick, CountsDownInTheCaption) {
+    tick_.SetCaption("nexus (%d)");
+    ProgressTotal = 10;
+    Handle();
+    ProgressDone = 4;
+    EXPECT_EQ(Handle(), (Events{"caption nexus (6)", "done 4"}));
+}
+
 TEST_F(TheTick, CountsNothingLeftWithATotalOfZero) {
     tick_.SetCaption("shadows (%d)");
     ProgressDone = 5;

@@ -64,7 +64,7 @@ TEST_F(Scanning, EndsAtAZeroByte) {
 }
 
 TEST_F(Scanning, EndsACommentAtAZeroByte) {
-    EXPECT_EQ(Tokens(std::string("a //\0 b ", 8)), (Words{"a"}));
+    EXPECT_EQ(Tokens(std::string("a //\0 b\nc ", 10)), (Words{"a"}));
 }
 
 TEST_F(Scanning, LosesATokenThatTouchesTheLastByte) {

@@ -292,6 +292,13 @@ TEST_F(TextureData, ClearedTexinfosAreNumberedAfresh) {
     EXPECT_EQ(Textures().AddTexinfo(Record(2)), 1);
 }
 
+TEST_F(TextureData, ClearedTexinfosTakeTheirAliasesAlong) {
+    TexinfoAlias alias{.key = 4};
+    Textures().AddTexinfo(Record(1), &alias);
+    Textures().ClearTexinfos();
+    EXPECT_TRUE(Textures().aliases.empty());
+}
+
 // The plain form: a linear search with exact comparisons.
 int32_t AddPlainly(std::vector<Texinfo>& rows, const Texinfo& record) {
     if (rows.empty()) {
