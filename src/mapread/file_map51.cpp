@@ -110,7 +110,7 @@ void CFileMap51::ReadFace(MapBlock& block, std::vector<Texinfo>& texinfos) {
     face.polygon.reserve(indices.size());
     for (const int32_t index : indices) face.polygon.push_back(vertices_[static_cast<size_t>(index)]);
 
-    if (!scanner_.NextToken(true) || token() != ":") FailSeparator("':'");
+    if (!scanner_.NextToken(true) || token() != ":") FatalError("Separator ':' missing, line %d", line());
     const auto corners = static_cast<int32_t>(indices.size());
     Texinfo texinfo;
     ReadTextureName(texinfo);
@@ -141,10 +141,6 @@ void CFileMap51::ChooseFacePoints(std::span<const int32_t> indices, std::array<i
     for (size_t i = 0; i < chosen.size(); ++i) chosen[i] = indices[static_cast<size_t>(widest[i])];
 }
 
-void CFileMap51::FailSeparator(const char* separator) const {
-    FatalError("Separator %s missing, line %d", separator, line());
-}
-
 void CFileMap51::ReadTextureMapping(Texinfo& texinfo, const MapFace* face, int32_t /*vertexCount*/) {
     const MapFace& mapped = RequireFace(face);
     if (!extended_) {
@@ -157,10 +153,10 @@ void CFileMap51::ReadTextureMapping(Texinfo& texinfo, const MapFace* face, int32
 }
 
 void CFileMap51::ReadMappingVector(Vec3& axis, float& shift) {
-    if (!scanner_.NextToken(true) || token() != "(") FailSeparator("'('");
+    if (!scanner_.NextToken(true) || token() != "(") FatalError("Separator '(' missing, line %d", line());
     std::array<float, 4> numbers{};
     scanner_.ReadFloats(numbers.data(), 4);
-    if (NextOnLine() != ")") FailSeparator("')'");
+    if (NextOnLine() != ")") FatalError("Separator ')' missing, line %d", line());
     axis = {numbers[0], numbers[1], numbers[2]};
     shift = numbers[3];
 }

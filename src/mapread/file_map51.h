@@ -27,7 +27,6 @@ class CFileMap51 : public CFileMap50 {
 
     // Leaves the last item as the current token. False when the face has no such end.
     bool ReadSurfaceTail(Texinfo& texinfo);
-    [[noreturn]] void FailSeparator(const char* separator) const;
 
   private:
     int32_t ReadVertexCount(const MapBlock& block);

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "driver/build_log.h"
+
 namespace k2k {
 
 namespace {
@@ -20,7 +22,7 @@ void CFileMap71::ReadEntityPair() {
 // A list of texture coordinates may stand in front of the vectors.
 void CFileMap71::ReadTextureMapping(Texinfo& texinfo, const MapFace* face, int32_t vertexCount) {
     RequireFace(face);
-    if (!scanner_.NextToken(true)) FailSeparator("'(' or '['");
+    if (!scanner_.NextToken(true)) FatalError("Separator '(' or '[' missing, line %d", line());
     if (token() == "[") {
         SkipCornerPairs(vertexCount);
     } else {
@@ -34,7 +36,7 @@ void CFileMap71::SkipCornerPairs(int32_t count) {
         RequireToken();
         NextOnLine();
     }
-    if (!scanner_.NextToken(true) || token() != "]") FailSeparator("')'");
+    if (!scanner_.NextToken(true) || token() != "]") FatalError("Separator ')' missing, line %d", line());
 }
 
 void CFileMap71::ReadSurfaceFlags(Texinfo& texinfo, int32_t /*vertexCount*/) {
