@@ -215,6 +215,15 @@ TEST_F(PlaceObjectsTest, LightWithoutRangeTakesTwiceTheSumOfItsColours) {
     EXPECT_EQ(entity.lightColor, (Vec3{0.5, 0.5, 0.5}));
 }
 
+TEST_F(PlaceObjectsTest, LightIsRoundedOnceWhereItIsStored) {
+    const Vec3 colour{103.8F, 195.4F, 128.9F};
+    const float range = 329.1F;
+    EXPECT_EQ(Placed(LightRecordOf(colour[0], colour[1], colour[2], range)).lightColor[0],
+              static_cast<float>(colour[0] * 3.0 / range));
+    const double sum = static_cast<double>(colour[0]) + colour[1] + colour[2];
+    EXPECT_EQ(Placed(LightRecordOf(colour[0], colour[1], colour[2], 0)).lightRange, static_cast<float>(2 * sum));
+}
+
 TEST_F(PlaceObjectsTest, LightRangeIsAtLeastOne) {
     EXPECT_EQ(Placed(LightRecordOf(100, 0, 0, 0.5)).lightRange, 1);
     EXPECT_EQ(Entities()[0].rawRange, 0.5);
