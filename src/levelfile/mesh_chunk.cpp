@@ -71,23 +71,33 @@ size_t MeshSize(const CMesh& mesh) {
            mesh.triangles.size() * sizeof(MeshTriangle) + mesh.materials.size() * sizeof(MeshMaterial);
 }
 
-template <typename T>
-void Append(std::vector<uint8_t>& chunk, const T* rows, size_t count) {
-    const auto* bytes = reinterpret_cast<const uint8_t*>(rows);
-    chunk.insert(chunk.end(), bytes, bytes + count * sizeof(T));
-}
+// Stores rows one behind the other in a chunk that has room for all of them.
+class ChunkWriter {
+  public:
+    explicit ChunkWriter(std::span<uint8_t> chunk) : free_(chunk) {}
 
-void AppendMesh(std::vector<uint8_t>& chunk, const CMesh& mesh) {
-    const MeshHeader header{mesh.mins,
-                            mesh.maxs,
-                            mesh.contents,
-                            static_cast<uint32_t>(mesh.vertices.size()),
-                            static_cast<uint32_t>(mesh.triangles.size()),
-                            static_cast<uint32_t>(mesh.materials.size())};
-    Append(chunk, &header, 1);
-    Append(chunk, mesh.vertices.data(), mesh.vertices.size());
-    Append(chunk, mesh.triangles.data(), mesh.triangles.size());
-    Append(chunk, mesh.materials.data(), mesh.materials.size());
+    template <typename T>
+    void Put(const std::vector<T>& rows) {
+        const size_t size = rows.size() * sizeof(T);
+        if (size > 0) std::memcpy(free_.data(), rows.data(), size);
+        free_ = free_.subspan(size);
+    }
+    template <typename T>
+    void Put(const T& row) {
+        std::memcpy(free_.data(), &row, sizeof(T));
+        free_ = free_.subspan(sizeof(T));
+    }
+
+  private:
+    std::span<uint8_t> free_;
+};
+
+void PutMesh(ChunkWriter& writer, const CMesh& mesh) {
+    writer.Put(MeshHeader{mesh.mins, mesh.maxs, mesh.contents, static_cast<uint32_t>(mesh.vertices.size()),
+                          static_cast<uint32_t>(mesh.triangles.size()), static_cast<uint32_t>(mesh.materials.size())});
+    writer.Put(mesh.vertices);
+    writer.Put(mesh.triangles);
+    writer.Put(mesh.materials);
 }
 
 }  // namespace
@@ -107,11 +117,10 @@ std::vector<uint8_t> WriteMeshes(std::vector<CMesh>& meshes) {
         PrepareMesh(mesh);
         size += MeshSize(mesh);
     }
-    std::vector<uint8_t> chunk;
-    chunk.reserve(size);
-    const auto count = static_cast<uint32_t>(meshes.size());
-    Append(chunk, &count, 1);
-    for (const CMesh& mesh : meshes) AppendMesh(chunk, mesh);
+    std::vector<uint8_t> chunk(size);
+    ChunkWriter writer(chunk);
+    writer.Put(static_cast<uint32_t>(meshes.size()));
+    for (const CMesh& mesh : meshes) PutMesh(writer, mesh);
     return chunk;
 }
 

@@ -1,44 +1,13 @@
 #include <array>
-#include <cmath>
 
+#include "raytree/last_blocker.h"
 #include "raytree/ray_tree.h"
+#include "raytree/segment_test.h"
+#include "raytree/wide_walk.h"
 #include "solid/vectors.h"
 
 namespace k2k::Opcode {
 namespace {
-
-constexpr double DeterminantEpsilon = 1e-06;
-
-// The segment as the box test wants it, from the library's arithmetic in 32 bits.
-struct Segment {
-    Vec3 half{};  // half of the way along each axis
-    Vec3 center{};
-    Vec3 absHalf{};  // magnitudes of half
-
-    Segment(const Ray& ray, float length) {
-        for (size_t k = 0; k < 3; k++) {
-            half[k] = ray.direction[k] * 0.5F * length;
-            center[k] = ray.origin[k] + half[k];
-            absHalf[k] = std::fabs(half[k]);
-        }
-    }
-};
-
-// Separating axes: the box's three, then the three crosses of the segment with them.
-bool MeetsBox(const Segment& s, const AABBNoLeafNode& box) {
-    const float dx = s.center[0] - box.center[0];
-    if (std::fabs(dx) > box.extents[0] + s.absHalf[0]) return false;
-    const float dy = s.center[1] - box.center[1];
-    if (std::fabs(dy) > box.extents[1] + s.absHalf[1]) return false;
-    const float dz = s.center[2] - box.center[2];
-    if (std::fabs(dz) > box.extents[2] + s.absHalf[2]) return false;
-    if (std::fabs(s.half[1] * dz - s.half[2] * dy) > box.extents[1] * s.absHalf[2] + box.extents[2] * s.absHalf[1])
-        return false;
-    if (std::fabs(s.half[2] * dx - s.half[0] * dz) > box.extents[0] * s.absHalf[2] + box.extents[2] * s.absHalf[0])
-        return false;
-    return !(std::fabs(s.half[0] * dy - s.half[1] * dx) >
-             box.extents[0] * s.absHalf[1] + box.extents[1] * s.absHalf[0]);
-}
 
 // u, v and the distance of a hit, in the determinant's scale until it is known that there is one.
 struct TriangleHit {
@@ -84,16 +53,8 @@ class Walk {
 
     // The triangle ends the walk.
     bool TestTriangle(uint32_t number) {
-        const auto& [a, b, c] = model_.mesh().triangles[number];
-        const auto& vertices = model_.mesh().vertices;
-        const Vec3 e1 = Sub(vertices[b], vertices[a]), e2 = Sub(vertices[c], vertices[a]);
-        const Vec3 t = Sub(ray_.origin, vertices[a]);
-        TriangleHit hit;
-        const bool meets = collider_.culling ? MeetsFront(ray_.direction, e1, e2, t, hit)
-                                             : MeetsEitherSide(ray_.direction, e1, e2, t, hit);
-        const CollisionFace face{number, static_cast<float>(hit.distance), static_cast<float>(hit.u),
-                                 static_cast<float>(hit.v)};
-        if (!meets || !(face.distance < collider_.maxDistance)) return false;
+        CollisionFace face;
+        if (!MeetsTriangle(number, face)) return false;
         if (collider_.closestHit && !faces_.empty()) {
             if (face.distance < faces_[0].distance) faces_[0] = face;
             return false;
@@ -119,7 +80,53 @@ class Walk {
         }
     }
 
+    // The same, from what the wide tree proposes. It asks fewer boxes on its way down; the others are asked here.
+    void RunWide(uint32_t* stack) {
+        WideWalk walk(*model_.wide(), ray_, segment_, collider_.culling, stack);
+        WideWalk::Proposal proposal;
+        while (walk.Next(proposal)) {
+            if (MeetsAllBoxes(proposal.parent) && TestTriangle(proposal.triangle)) return;
+        }
+    }
+
+    // Whether there is anything to collect, in any order.
+    bool MeetsAny(uint32_t* stack, LastBlocker& last) const {
+        CollisionFace face;
+        if (last.IsOf(model_) && MeetsTriangle(last.triangle(), face) &&
+            MeetsAllLanes(segment_, last.Boxes(model_.tree())))
+            return true;
+        WideWalk walk(*model_.wide(), ray_, segment_, collider_.culling, stack);
+        WideWalk::Proposal proposal;
+        while (walk.Next(proposal)) {
+            if (!MeetsTriangle(proposal.triangle, face) || !MeetsAllBoxes(proposal.parent)) continue;
+            last.Set(model_, proposal.triangle, proposal.parent);
+            return true;
+        }
+        return false;
+    }
+
   private:
+    bool MeetsTriangle(uint32_t number, CollisionFace& face) const {
+        const auto& [a, b, c] = model_.mesh().triangles[number];
+        const auto& vertices = model_.mesh().vertices;
+        const Vec3 e1 = Sub(vertices[b], vertices[a]), e2 = Sub(vertices[c], vertices[a]);
+        const Vec3 t = Sub(ray_.origin, vertices[a]);
+        TriangleHit hit;
+        const bool meets = collider_.culling ? MeetsFront(ray_.direction, e1, e2, t, hit)
+                                             : MeetsEitherSide(ray_.direction, e1, e2, t, hit);
+        face = {number, static_cast<float>(hit.distance), static_cast<float>(hit.u), static_cast<float>(hit.v)};
+        return meets && face.distance < collider_.maxDistance;
+    }
+
+    // Of the node and of all above it.
+    bool MeetsAllBoxes(uint32_t node) const {
+        const AABBNoLeafTree& tree = model_.tree();
+        for (; node != 0; node = tree.parents[node]) {
+            if (!MeetsBox(segment_, tree.nodes[node])) return false;
+        }
+        return MeetsBox(segment_, tree.nodes[0]);
+    }
+
     const RayCollider& collider_;
     const Ray& ray_;
     const Model& model_;
@@ -127,7 +134,18 @@ class Walk {
     std::vector<CollisionFace>& faces_;
 };
 
-constexpr uint32_t UsualDepth = 126;
+// Calls run with a stack of at least `size` words; trees of the usual depth need no allocation.
+template <typename F>
+void WithStack(size_t size, F&& run) {
+    constexpr size_t UsualSize = 256;
+    if (size <= UsualSize) {
+        std::array<uint32_t, UsualSize> stack;
+        run(stack.data());
+    } else {
+        std::vector<uint32_t> stack(size);
+        run(stack.data());
+    }
+}
 
 }  // namespace
 
@@ -146,13 +164,26 @@ void RayCollider::Collide(const Ray& ray, const Model& model, std::vector<Collis
     Walk walk(*this, ray, model, faces);
     if (model.HasSingleNode()) {
         walk.TestTriangle(0);
-    } else if (model.tree().depth <= UsualDepth) {
-        std::array<uint32_t, UsualDepth + 2> stack;
-        walk.Run(stack.data());
+    } else if (model.wide() != nullptr) {
+        WithStack(model.wide()->stackSize(), [&](uint32_t* stack) { walk.RunWide(stack); });
     } else {
-        std::vector<uint32_t> stack(model.tree().depth + 2);
-        walk.Run(stack.data());
+        WithStack(model.tree().depth + 2, [&](uint32_t* stack) { walk.Run(stack); });
     }
+}
+
+bool RayCollider::MeetsAny(const Ray& ray, const Model& model, LastBlocker& last) const {
+    if (model.wide() == nullptr) {
+        std::vector<CollisionFace> faces;
+        RayCollider first = *this;
+        first.firstContact = true;
+        first.Collide(ray, model, faces);
+        return !faces.empty();
+    }
+    std::vector<CollisionFace> unused;
+    const Walk walk(*this, ray, model, unused);
+    bool meets = false;
+    WithStack(model.wide()->stackSize(), [&](uint32_t* stack) { meets = walk.MeetsAny(stack, last); });
+    return meets;
 }
 
 }  // namespace k2k::Opcode

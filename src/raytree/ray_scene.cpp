@@ -2,6 +2,7 @@
 
 #include "driver/build_log.h"
 #include "levelfile/geometry_data.h"
+#include "raytree/last_blocker.h"
 #include "raytree/ray_tree.h"
 #include "solid/vectors.h"
 
@@ -100,6 +101,20 @@ bool QueryRay(const Vec3& start, const Vec3& end, bool culling, bool closestHit,
     if (collider.ValidateSettings() != nullptr) return false;
     collider.Collide(ray, Scene().model, faces);
     return true;
+}
+
+bool IsRayBlocked(const Vec3& start, const Vec3& end, int32_t excludeSurface) {
+    thread_local Opcode::LastBlocker last;
+    if (Scene().noTree) return false;
+    Opcode::Ray ray{start, Sub(end, start)};
+    Opcode::RayCollider collider;
+    collider.maxDistance = Normalize(ray.direction);
+    if (collider.ValidateSettings() != nullptr || !collider.MeetsAny(ray, Scene().model, last)) return false;
+    if (excludeSurface < 0) return true;
+    // Only the first triangle in the tree's order decides whether the excluded surface stopped the ray.
+    thread_local std::vector<CollisionFace> faces;
+    QueryRay(start, end, true, false, true, faces);
+    return TriangleSurface(faces.front().faceId) != static_cast<uint32_t>(excludeSurface);
 }
 
 uint32_t TriangleSurface(uint32_t faceId) {

@@ -1,8 +1,12 @@
 #include "raytree/ray_tree.h"
 
 #include <algorithm>
+#include <atomic>
 #include <numeric>
 #include <utility>
+
+#include "raytree/wide_tree.h"
+#include "raytree/wide_walk.h"
 
 namespace k2k::Opcode {
 namespace {
@@ -68,6 +72,7 @@ void AABBTreeOfTrianglesBuilder::AddNode(AABBNoLeafTree& tree, const Task& task,
     }
     const auto number = static_cast<uint32_t>(tree.nodes.size());
     AABBNoLeafNode& node = tree.nodes.emplace_back();
+    tree.parents.push_back(task.parent);
     for (size_t k = 0; k < 3; k++) {
         node.center[k] = (box[1][k] + box[0][k]) * 0.5F;
         node.extents[k] = (box[1][k] - box[0][k]) * 0.5F;
@@ -90,6 +95,7 @@ void AABBTreeOfTrianglesBuilder::AddNode(AABBNoLeafTree& tree, const Task& task,
 AABBNoLeafTree AABBTreeOfTrianglesBuilder::Build() {
     AABBNoLeafTree tree;
     tree.nodes.reserve(order_.size() - 1);
+    tree.parents.reserve(order_.size() - 1);
     std::vector<Task> tasks{{{0, static_cast<uint32_t>(order_.size())}, 0, false, 1}};
     while (!tasks.empty()) {
         const Task task = tasks.back();
@@ -99,12 +105,22 @@ AABBNoLeafTree AABBTreeOfTrianglesBuilder::Build() {
     return tree;
 }
 
+Model::Model() = default;
+Model::~Model() = default;
+Model::Model(Model&&) noexcept = default;
+Model& Model::operator=(Model&&) noexcept = default;
+
 bool Model::Build(const CreateRecord& create) {
     if (create.mesh == nullptr || create.mesh->triangles.empty() || create.settings.limit != 1) return false;
+    static std::atomic<uint64_t> models = 0;
+    serial_ = ++models;
     mesh_ = *create.mesh;
     single_ = mesh_.triangles.size() == 1;
     tree_ = {};
-    if (!single_) tree_ = AABBTreeOfTrianglesBuilder(mesh_).Build();
+    wide_.reset();
+    if (single_) return true;
+    tree_ = AABBTreeOfTrianglesBuilder(mesh_).Build();
+    if (create.widen && CanWalkWideTrees()) wide_ = std::make_unique<const WideTree>(mesh_, tree_);
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include <array>
 #include <cfloat>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -33,6 +34,7 @@ struct BuildSettings {
 struct CreateRecord {
     const MeshInterface* mesh = nullptr;
     BuildSettings settings;
+    bool widen = true;  // add the wide form of the tree, where the machine can walk it
 };
 
 // A child word with bit 0 set holds a triangle in the bits above, otherwise the number of a node.
@@ -52,7 +54,8 @@ constexpr uint32_t ChildIndex(uint32_t word) {
 }
 
 struct AABBNoLeafTree {
-    std::vector<AABBNoLeafNode> nodes;  // node 0 is the root
+    std::vector<AABBNoLeafNode> nodes;  // node 0 is the root; children stand behind their parents
+    std::vector<uint32_t> parents;      // of each node; the root is its own
     uint32_t depth = 0;                 // nodes on the longest way down
 };
 
@@ -82,8 +85,15 @@ class AABBTreeOfTrianglesBuilder {
     std::vector<Vec3> centers_;               // mean of each triangle's vertices
 };
 
+class WideTree;
+
 class Model {
   public:
+    Model();
+    ~Model();
+    Model(Model&&) noexcept;
+    Model& operator=(Model&&) noexcept;
+
     // False for a record without a usable mesh, or with a limit other than 1.
     bool Build(const CreateRecord& create);
 
@@ -91,11 +101,15 @@ class Model {
     bool HasSingleNode() const { return single_; }
     const MeshInterface& mesh() const { return mesh_; }
     const AABBNoLeafTree& tree() const { return tree_; }
+    const WideTree* wide() const { return wide_.get(); }  // null when there is none
     bool empty() const { return mesh_.triangles.empty(); }
+    uint64_t serial() const { return serial_; }  // of its own for each model that was built, above 0
 
   private:
+    uint64_t serial_ = 0;
     MeshInterface mesh_;
     AABBNoLeafTree tree_;
+    std::unique_ptr<const WideTree> wide_;
     bool single_ = false;
 };
 
@@ -111,6 +125,8 @@ class Collider {
     bool skipPrimitiveTests = false;
 };
 
+class LastBlocker;
+
 class RayCollider : public Collider {
   public:
     float maxDistance = FLT_MAX;
@@ -123,6 +139,9 @@ class RayCollider : public Collider {
     // Collects the triangles that the segment of maxDistance from the ray's origin meets. With firstContact the first
     // one in tree order ends the walk; with closestHit only the nearest is kept. Settings must be valid.
     void Collide(const Ray& ray, const Model& model, std::vector<CollisionFace>& faces) const;
+
+    // Whether Collide finds any triangle, without saying which. The last one that did is tried first.
+    bool MeetsAny(const Ray& ray, const Model& model, LastBlocker& last) const;
 };
 
 }  // namespace k2k::Opcode

@@ -9,6 +9,7 @@
 
 #include "driver/build_log.h"
 #include "levelfile/geometry_data.h"
+#include "raytree/last_blocker.h"
 #include "raytree/ray_tree.h"
 #include "solid/vectors.h"
 #include "support/build_state.h"
@@ -300,6 +301,162 @@ TEST(RayTreeTest, FindsWhatEveryTriangleOnItsOwnGives) {
             for (const CollisionFace& face : faces) EXPECT_LE(nearest[0].distance, face.distance);
         }
     }
+}
+
+// Rays that graze what random ones never do: along edges of triangles, along faces of their boxes, through corners.
+Opcode::Ray GrazingRay(std::mt19937& random, const RandomScene& scene, float& length) {
+    const auto& corners = scene.triangles[random() % scene.triangles.size()];
+    const Vec3 &a = scene.vertices[corners[0]], &b = scene.vertices[corners[1]];
+    Vec3 start = a, end = b;
+    if (random() % 2 == 0) {
+        const size_t axis = random() % 3;
+        end = a;
+        start[axis] -= 30;
+        end[axis] += 30;
+    } else {
+        start = Sub(a, Sub(b, a));
+    }
+    Opcode::Ray ray{start, Sub(end, start)};
+    length = Normalize(ray.direction);
+    return ray;
+}
+
+bool SameFaces(const std::vector<CollisionFace>& a, const std::vector<CollisionFace>& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const CollisionFace& x, const CollisionFace& y) {
+        return x.faceId == y.faceId && x.distance == y.distance && x.u == y.u && x.v == y.v;
+    });
+}
+
+TEST(RayTreeTest, TheWideFormGivesTheFacesOfTheBinaryTreeInItsOrder) {
+    std::mt19937 random(815);
+    size_t hits = 0;
+    for (const uint32_t count : {2U, 3U, 4U, 5U, 9U, 100U, 3000U}) {
+        const RandomScene scene(random, count);
+        Opcode::Model plain;
+        ASSERT_TRUE(plain.Build({&scene.mesh, {}, false}));
+        Opcode::LastBlocker last;
+        for (int i = 0; i < 15000; i++) {
+            Opcode::RayCollider collider;
+            const Opcode::Ray ray =
+                i % 3 == 0 ? GrazingRay(random, scene, collider.maxDistance) : RandomRay(random, collider.maxDistance);
+            if (collider.ValidateSettings() != nullptr) continue;
+            collider.culling = i % 2 == 0;
+            collider.firstContact = i % 4 < 2;
+            collider.closestHit = i % 8 == 5 && !collider.firstContact;
+            std::vector<CollisionFace> expected, found;
+            collider.Collide(ray, plain, expected);
+            collider.Collide(ray, scene.model, found);
+            ASSERT_TRUE(SameFaces(found, expected)) << "ray " << i << " of " << count;
+            ASSERT_EQ(collider.MeetsAny(ray, scene.model, last), !expected.empty());
+            ASSERT_EQ(collider.MeetsAny(ray, plain, last), !expected.empty());
+            hits += expected.size();
+        }
+    }
+    EXPECT_GT(hits, 10000U);
+}
+
+// Every triangle of the scene by the definition of the test, without any tree or box.
+std::set<uint32_t> PlainHits(const RandomScene& scene, const Opcode::Ray& ray, float length, bool culling) {
+    std::set<uint32_t> hits;
+    for (uint32_t i = 0; i < scene.triangles.size(); i++) {
+        const auto& [a, b, c] = scene.triangles[i];
+        const Vec3 &v0 = scene.vertices[a], e1 = Sub(scene.vertices[b], v0), e2 = Sub(scene.vertices[c], v0);
+        const Vec3 p = Cross(ray.direction, e2), t = Sub(ray.origin, v0), q = Cross(t, e1);
+        const double determinant = Dot(e1, p);
+        if (culling ? !(determinant >= 1e-06) : std::fabs(determinant) < 1e-06) continue;
+        const double u = Dot(t, p) / determinant, v = Dot(ray.direction, q) / determinant;
+        const double distance = Dot(e2, q) / determinant;
+        if (u >= 0 && u <= 1 && v >= 0 && u + v <= 1 && distance >= 0 && distance < static_cast<double>(length))
+            hits.insert(i);
+    }
+    return hits;
+}
+
+TEST(RayTreeTest, AgreesWithEveryTriangleOn100000RandomRays) {
+    std::mt19937 random(99);
+    const RandomScene scene(random, 200);
+    for (int i = 0; i < 100000; i++) {
+        Opcode::RayCollider collider;
+        const Opcode::Ray ray = RandomRay(random, collider.maxDistance);
+        if (collider.ValidateSettings() != nullptr) continue;
+        collider.culling = i % 2 == 0;
+        const std::set<uint32_t> expected = PlainHits(scene, ray, collider.maxDistance, collider.culling);
+        std::vector<CollisionFace> faces;
+        collider.Collide(ray, scene.model, faces);
+        std::set<uint32_t> found;
+        for (const CollisionFace& face : faces) found.insert(face.faceId);
+        ASSERT_EQ(found, expected) << "ray " << i;
+        collider.firstContact = true;
+        collider.Collide(ray, scene.model, faces);
+        ASSERT_EQ(faces.size(), expected.empty() ? 0U : 1U);
+    }
+}
+
+TEST_F(RaySceneTest, ABlockedRayIsOneWhoseFirstFaceIsNotTheExcludedSurfaces) {
+    AddBox({0, 0, 0}, {10, 10, 10});
+    AddBox({20, 0, 0}, {30, 10, 10});
+    AddBox({40, 0, 0}, {50, 10, 10});
+    BuildRayScene();
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> place(-5, 55), across(-2, 12);
+    for (int i = 0; i < 20000; i++) {
+        const Vec3 start{place(random), across(random), across(random)};
+        const Vec3 end{place(random), across(random), across(random)};
+        const int32_t excluded = static_cast<int32_t>(random() % 14) - 1;
+        QueryRay(start, end, true, false, true, faces_);
+        const bool blocked = !faces_.empty() && TriangleSurface(faces_[0].faceId) != static_cast<uint32_t>(excluded);
+        ASSERT_EQ(IsRayBlocked(start, end, excluded), blocked) << "ray " << i;
+    }
+}
+
+TEST_F(RaySceneTest, TheLastBlockerOfAnotherSceneIsForgotten) {
+    AddMesh({HitFromAbove, {0, 0, -50, 1, 0, -50, 0, 1, -50}});
+    BuildRayScene();
+    ASSERT_TRUE(IsRayBlocked({2, 2, 5}, {2, 2, -5}, -1));
+    Geometry().Clear();
+    AddMesh({HitFromBelow, {0, 0, -50, 1, 0, -50, 0, 1, -50}});
+    BuildRayScene();
+    EXPECT_FALSE(IsRayBlocked({2, 2, 5}, {2, 2, -5}, -1));
+}
+
+TEST_F(RaySceneTest, WithoutATreeNoRayIsBlocked) {
+    AddMesh({HitFromAbove}, TextureSky);
+    BuildRayScene();
+    EXPECT_FALSE(IsRayBlocked({2, 2, 5}, {2, 2, -5}, -1));
+    EXPECT_FALSE(PointInMeshes({2, 2, 0}));
+}
+
+// Boxes that overlap, so that points lie in none, one or several.
+TEST_F(RaySceneTest, PointsInsideAreThoseWithOddCrossingsOfEveryTriangle) {
+    std::mt19937 random(12);
+    std::uniform_real_distribution<float> place(-50, 50), size(5, 40);
+    for (int i = 0; i < 12; i++) {
+        const Vec3 lo{place(random), place(random), place(random)};
+        AddBox(lo, {lo[0] + size(random), lo[1] + size(random), lo[2] + size(random)});
+    }
+    BuildRayScene();
+    const auto& meshes = Geometry().meshes;
+    size_t insideCount = 0;
+    for (int i = 0; i < 100000; i++) {
+        const Vec3 point{place(random), place(random), place(random)};
+        bool inside = false;
+        for (size_t m = 0; m < meshes.size() && !inside; m++) {
+            bool inBox = true;
+            for (size_t k = 0; k < 3; k++)
+                inBox = inBox && point[k] >= meshes[m].mins[k] && point[k] <= meshes[m].maxs[k];
+            if (!inBox) continue;
+            // The triangles of meshes 0 to m; a box is crossed once by a ray that starts inside and ends outside.
+            Vec3 end = meshes[m].mins;
+            for (float& coordinate : end) coordinate -= 2;
+            QueryRay(point, end, false, false, false, faces_);
+            size_t crossings = 0;
+            for (const CollisionFace& face : faces_) crossings += face.faceId < 12 * (m + 1) ? 1 : 0;
+            inside = crossings % 2 == 1;
+        }
+        ASSERT_EQ(PointInMeshes(point), inside);
+        insideCount += inside ? 1 : 0;
+    }
+    EXPECT_GT(insideCount, 1000U);
 }
 
 }  // namespace
