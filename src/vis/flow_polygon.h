@@ -37,6 +37,7 @@ struct PointPlaces {
             front |= static_cast<uint64_t>(dists[i] > epsilon) << i;
             back |= static_cast<uint64_t>(dists[i] < -epsilon) << i;
         }
+        back &= ~front;  // both hold of points near the plane when the tolerance is negative
     }
 };
 

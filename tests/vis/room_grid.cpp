@@ -96,7 +96,7 @@ std::string Number(double value) {
     const double nearest = std::floor(narrow + 0.5);
     char text[64];
     if (std::abs(narrow - nearest) < 0.001) {
-        std::snprintf(text, sizeof(text), "%i ", static_cast<int>(nearest));
+        std::snprintf(text, sizeof(text), "%.0f ", nearest);
     } else {
         std::snprintf(text, sizeof(text), "%f ", narrow);
     }
