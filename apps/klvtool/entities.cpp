@@ -128,17 +128,19 @@ void SettleModelFile(std::span<const uint8_t> record, Entity& entity) {
     }
 }
 
-// The points that the record has room for.
-void ReadPoints(std::span<const uint8_t> record, Entity& entity) {
+// The points that the record has room for, unless they are more than the limit.
+void ReadPoints(std::span<const uint8_t> record, size_t limit, Entity& entity) {
     if (record.size() < PathPoints) return;
     const int64_t wanted = ValueAt<int32_t>(record, PathPointCount);
     const auto room = static_cast<int64_t>((record.size() - PathPoints) / PathPointSize);
-    for (int64_t i = 0; i < std::min(wanted, room); i++) {
+    const int64_t count = std::min(wanted, room);
+    if (count > static_cast<int64_t>(limit)) return;
+    for (int64_t i = 0; i < count; i++) {
         entity.points.push_back(ValueAt<Vec3>(record, PathPoints + static_cast<size_t>(i) * PathPointSize));
     }
 }
 
-std::optional<Entity> ReadRecord(std::span<const uint8_t> record, char version) {
+std::optional<Entity> ReadRecord(std::span<const uint8_t> record, char version, size_t pointLimit) {
     Entity entity{static_cast<EntityType>(ValueAt<uint32_t>(record, 0)), {}, {}};
     const Layout layout = LayoutOf(entity.type, version);
     if (layout.empty()) return std::nullopt;
@@ -147,7 +149,7 @@ std::optional<Entity> ReadRecord(std::span<const uint8_t> record, char version) 
         entity.fields.push_back({place.name, ReadField(record, place)});
     }
     if (entity.type == EntityType::Model) SettleModelFile(record, entity);
-    if (entity.type == EntityType::Path) ReadPoints(record, entity);
+    if (entity.type == EntityType::Path) ReadPoints(record, pointLimit, entity);
     return entity;
 }
 
@@ -190,8 +192,8 @@ std::vector<Entity> ReadEntities(const levelcheck::LevelView& level) {
     for (uint64_t i = 0; i < count; i++) {
         const uint64_t offset = ValueAt<uint32_t>(data, 4 + 4 * i);
         if (offset == 0 || offset + 4 > data.size()) continue;
-        auto entity = ReadRecord(data.subspan(offset), level.version);
-        if (!entity || entity->points.size() > room) continue;
+        auto entity = ReadRecord(data.subspan(offset), level.version, room);
+        if (!entity) continue;
         room -= entity->points.size();
         entities.push_back(std::move(*entity));
     }

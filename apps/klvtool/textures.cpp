@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <set>
 
 #include "klvtool/entities.h"
 
@@ -80,10 +81,15 @@ std::vector<Texture> ReadTextures(const levelcheck::LevelView& level) {
     std::vector<Texture> textures;
     if (chunk.size() < 4) return textures;
     const size_t count = std::min<size_t>(U32(chunk, 0), chunk.size() / 4 - 1);
+    std::set<size_t> ends{chunk.size()};  // an image goes on to the start of the next one
+    for (size_t i = 0; i < count; i++) ends.insert(U32(chunk, 4 + 4 * i));
     for (size_t i = 0; i < count; i++) {
         const uint32_t offset = U32(chunk, 4 + 4 * i);
-        const bool isThere = offset != NoImage && offset <= chunk.size();
-        textures.push_back(isThere ? ReadTexture(chunk.subspan(offset)) : Texture{});
+        if (offset == NoImage || offset >= chunk.size()) {
+            textures.emplace_back();
+        } else {
+            textures.push_back(ReadTexture(chunk.subspan(offset, *ends.upper_bound(offset) - offset)));
+        }
     }
     return textures;
 }

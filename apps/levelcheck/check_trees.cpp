@@ -108,6 +108,9 @@ void CheckTrees(const LevelView& level, FaultList& faults) {
 void CheckVisibility(const LevelView& level, FaultList& faults) {
     const bool none = level.chunks[ChunkVis].size == 0;
     const int64_t count = static_cast<int64_t>(level.regions.size()) - 1;
+    if (!none && level.info.visRegions != count) {
+        return faults.Add("visibility rows of another length than the regions", std::to_string(level.info.visRegions));
+    }
     for (int64_t i = 1; i <= count; i++) {
         const std::string name = Name("region", i);
         if (none) {
