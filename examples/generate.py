@@ -12,6 +12,7 @@ import argparse
 import pathlib
 import shutil
 
+import concave
 import images
 import levels
 import maps
@@ -52,6 +53,8 @@ def main():
     write_level(args.out, "house", levels.house(), ["50", "51", "71"])
     write_level(args.out, "court", levels.court(), ["50", "51", "71"])
     write_level(args.out, "grid200", levels.grid(200), ["50", "51", "71"])
+    for name, level in concave.everything().items():
+        write_level(args.out, name, level, ["71"])
 
 
 if __name__ == "__main__":

@@ -56,6 +56,10 @@ float TraceShadow(const Vec3& start, const Vec3& end, Vec3& hit, int32_t exclude
 }
 
 bool IsShadowed(const Vec3& start, const Vec3& end, int32_t excludeSurface) {
+    if (Options().mesh) {
+        RaysCast++;
+        return IsRayBlocked(start, end, excludeSurface);
+    }
     Vec3 hit;
     return IsBlocked(start, end, hit, excludeSurface);
 }
