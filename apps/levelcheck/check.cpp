@@ -18,7 +18,7 @@ std::vector<Fault> Check(const LevelView& level, const CheckOptions& options) {
     CheckLightmaps(level, options, faults);
     CheckEntities(level, faults);
     CheckTextures(level, faults);
-    CheckMeshes(level, faults);
+    CheckMeshes(level, options, faults);
     return faults.Take();
 }
 

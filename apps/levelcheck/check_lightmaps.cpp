@@ -68,7 +68,7 @@ void CheckOverlaps(std::vector<Rect>& rects, FaultList& faults) {
     }
 }
 
-void CheckMesh(const LevelView& level, const Mesh& mesh, const std::string& name, FaultList& faults) {
+void CheckMesh(const Mesh& mesh, const std::string& name, FaultList& faults) {
     faults.Require(!mesh.vertices.empty() && !mesh.triangles.empty() && !mesh.materials.empty(),
                    "mesh with an empty table", name);
     for (const MeshVertexRow& vertex : mesh.vertices) {
@@ -81,20 +81,62 @@ void CheckMesh(const LevelView& level, const Mesh& mesh, const std::string& name
         const bool onPage = vertex.s >= 0 && vertex.s <= 1 && vertex.t >= 0 && vertex.t <= 1;
         faults.Require(onPage, "mesh lightmap coordinate outside its page", name);
     }
-    for (const MeshTriangleRow& triangle : mesh.triangles) {
-        const bool surface = triangle.surface >= 0 && static_cast<size_t>(triangle.surface) < level.surfaces.size();
-        const bool material = triangle.material >= 0 && static_cast<size_t>(triangle.material) < mesh.materials.size();
-        faults.Require(surface, "triangle names no surface", name);
-        faults.Require(material, "triangle names no material", name);
-        for (const int16_t vertex : triangle.vertices) {
-            const bool inRange = vertex >= 0 && static_cast<size_t>(vertex) < mesh.vertices.size();
-            faults.Require(inRange, "triangle names no vertex", name);
-            if (!inRange || !surface || level.surfaces[triangle.surface].plane >= level.planes.size()) continue;
-            const Plane& plane = level.planes[level.surfaces[triangle.surface].plane];
-            const auto& p = mesh.vertices[vertex].position;
-            const double off = double{plane.nx} * p[0] + double{plane.ny} * p[1] + double{plane.nz} * p[2] - plane.dist;
-            if (!(std::abs(off) <= 1)) faults.Tolerate("triangle vertex off its surface's plane", name);
-        }
+}
+
+bool NamesRows(const LevelView& level, const Mesh& mesh, const MeshTriangleRow& triangle, const std::string& name,
+               FaultList& faults) {
+    const auto inRange = [](int64_t number, size_t rows) { return number >= 0 && static_cast<size_t>(number) < rows; };
+    const bool surface = inRange(triangle.surface, level.surfaces.size());
+    const bool material = inRange(triangle.material, mesh.materials.size());
+    const bool vertices = std::all_of(triangle.vertices.begin(), triangle.vertices.end(),
+                                      [&](int16_t v) { return inRange(v, mesh.vertices.size()); });
+    faults.Require(surface, "triangle names no surface", name);
+    faults.Require(material, "triangle names no material", name);
+    faults.Require(vertices, "triangle names no vertex", name);
+    return surface && material && vertices;
+}
+
+bool IsCorner(const LevelView& level, const std::vector<uint32_t>& ring, const MeshVertexRow& vertex) {
+    return std::any_of(ring.begin(), ring.end(), [&](uint32_t number) {
+        const Point& p = level.vertices[number];
+        return p.x == vertex.position[0] && p.y == vertex.position[1] && p.z == vertex.position[2];
+    });
+}
+
+// A triangle has corners of its surface, lies with them on the lightmap, and shows the surface's texture.
+void CheckTriangle(const LevelView& level, const Mesh& mesh, const MeshTriangleRow& triangle,
+                   const CheckOptions& options, const std::string& name, FaultList& faults) {
+    const auto index = static_cast<size_t>(triangle.surface);
+    const Surface& surface = level.surfaces[index];
+    const std::vector<uint32_t> ring = RingOf(level, surface);
+    const bool mapped = surface.texinfo >= 0 && static_cast<size_t>(surface.texinfo) < level.texinfos.size();
+    if (ring.empty() || !mapped || surface.plane >= level.planes.size()) return;
+    const TextureMapping& info = level.texinfos[static_cast<size_t>(surface.texinfo)];
+    const MeshMaterialRow& material = mesh.materials[static_cast<size_t>(triangle.material)];
+    faults.Require(material.flags == info.flags && material.texture == (info.texture & 0xFFFFU) &&
+                       material.lightPage == surface.lightPage,
+                   "triangle's material is not its surface's", name);
+    const bool lit = surface.lightShift != NoLightmap && surface.lightPage != 0;
+    const Rect rect = lit ? RectOf(level, index, ring, options) : Rect{};
+    for (const int16_t number : triangle.vertices) {
+        const MeshVertexRow& vertex = mesh.vertices[static_cast<size_t>(number)];
+        faults.Require(IsCorner(level, ring, vertex), "triangle vertex is no corner of its surface", name);
+        if (!lit) continue;
+        const double x = double{vertex.s} * level.pageSize, y = double{vertex.t} * level.pageSize;
+        const bool inside = x >= static_cast<double>(rect.x0) && x <= static_cast<double>(rect.x1 + 1) &&
+                            y >= static_cast<double>(rect.y0) && y <= static_cast<double>(rect.y1 + 1);
+        faults.Require(inside, "triangle leaves its surface's lightmap", name);
+    }
+}
+
+// Each surface's ring gives a fan: two triangles fewer than corners.
+void CheckFans(const LevelView& level, const Mesh& mesh, const std::string& name, FaultList& faults) {
+    std::map<int32_t, size_t> triangles;
+    for (const MeshTriangleRow& triangle : mesh.triangles) triangles[triangle.surface]++;
+    for (const auto& [surface, count] : triangles) {
+        if (surface < 0 || static_cast<size_t>(surface) >= level.surfaces.size()) continue;
+        const auto corners = static_cast<size_t>(level.surfaces[static_cast<size_t>(surface)].edgeCount);
+        faults.Require(count + 2 == corners, "surface with the wrong number of triangles", name);
     }
 }
 
@@ -118,9 +160,17 @@ void CheckLightmaps(const LevelView& level, const CheckOptions& options, FaultLi
     for (auto& [page, rects] : pages) CheckOverlaps(rects, faults);
 }
 
-void CheckMeshes(const LevelView& level, FaultList& faults) {
-    for (size_t i = 0; i < level.meshes.size(); i++)
-        CheckMesh(level, level.meshes[i], "mesh " + std::to_string(i), faults);
+void CheckMeshes(const LevelView& level, const CheckOptions& options, FaultList& faults) {
+    for (size_t i = 0; i < level.meshes.size(); i++) {
+        const Mesh& mesh = level.meshes[i];
+        const std::string name = "mesh " + std::to_string(i);
+        CheckMesh(mesh, name, faults);
+        CheckFans(level, mesh, name, faults);
+        for (const MeshTriangleRow& triangle : mesh.triangles) {
+            if (NamesRows(level, mesh, triangle, name, faults))
+                CheckTriangle(level, mesh, triangle, options, name, faults);
+        }
+    }
 }
 
 }  // namespace levelcheck

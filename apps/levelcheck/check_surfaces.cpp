@@ -12,6 +12,9 @@ namespace {
 constexpr double PlaneTolerance = 0.25;
 // A plane that was found for a merged or near-equal face can be off by the tolerances of clipping as well.
 constexpr double GrossPlaneTolerance = 4.0;
+// Planes of one distance share a row when their normals differ by less than this on each axis; far from the origin that
+// is a wide step.
+constexpr double NormalTolerance = 0.01;
 
 std::string Name(size_t i) {
     return "surface " + std::to_string(i);
@@ -41,10 +44,15 @@ double Distance(const Plane& plane, const Point& p) {
 
 void CheckOnPlane(const LevelView& level, size_t index, const std::vector<uint32_t>& ring, FaultList& faults) {
     const Plane& plane = level.planes[level.surfaces[index].plane];
-    double worst = 0;
-    for (const uint32_t vertex : ring) worst = std::max(worst, std::abs(Distance(plane, level.vertices[vertex])));
+    double worst = 0, reach = 0;
+    for (const uint32_t vertex : ring) {
+        const Point& p = level.vertices[vertex];
+        worst = std::max(worst, std::abs(Distance(plane, p)));
+        reach = std::max(reach, std::abs(double{p.x}) + std::abs(double{p.y}) + std::abs(double{p.z}));
+    }
     const std::string example = Name(index) + ", " + std::to_string(worst) + " off";
-    if (worst > GrossPlaneTolerance) return faults.Add("vertex far off its surface's plane", example);
+    if (worst > GrossPlaneTolerance + NormalTolerance * reach)
+        return faults.Add("vertex far off its surface's plane", example);
     if (worst > PlaneTolerance) faults.Tolerate("vertex off its surface's plane", example);
 }
 

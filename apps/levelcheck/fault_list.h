@@ -39,6 +39,6 @@ void CheckVisibility(const LevelView& level, FaultList& faults);
 void CheckLightmaps(const LevelView& level, const CheckOptions& options, FaultList& faults);
 void CheckEntities(const LevelView& level, FaultList& faults);
 void CheckTextures(const LevelView& level, FaultList& faults);
-void CheckMeshes(const LevelView& level, FaultList& faults);
+void CheckMeshes(const LevelView& level, const CheckOptions& options, FaultList& faults);
 
 }  // namespace levelcheck
