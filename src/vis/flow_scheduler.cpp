@@ -24,8 +24,9 @@ void WarnRecursions(int64_t count) {
 FlowScheduler::FlowScheduler(VisGraph& graph, const std::vector<int32_t>& order, int32_t workers)
     : graph_(graph), order_(order), waitingLimit_(static_cast<size_t>(workers) * WaitingJobsPerWorker) {}
 
-// A job waits only for portals in front of its own. So of the jobs that nobody works on the first can always go on, and
-// never do all workers wait for each other.
+// A job waits only for portals in front of its own, and a portal is taken only when all in front of it are. So the
+// first of the waiting jobs waits for a worker that is busy or can go on itself: never do all workers wait for each
+// other.
 std::unique_ptr<FlowJob> FlowScheduler::Take() {
     std::unique_lock guard(lock_);
     for (;;) {
@@ -44,6 +45,7 @@ std::unique_ptr<FlowJob> FlowScheduler::TakeWaiting() {
     if (found == waiting_.end()) return nullptr;
     std::unique_ptr<FlowJob> job = std::move(*found);
     waiting_.erase(found);
+    changed_.notify_one();  // there is room for another one
     return job;
 }
 

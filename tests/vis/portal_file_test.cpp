@@ -141,6 +141,20 @@ TEST_F(PortalFileTest, RejectsThe257thPortalOfARegion) {
                    " \nE11c: Map size - region with too many portals");
 }
 
+TEST_F(PortalFileTest, AFileCutAnywhereIsRejectedUnlessOnlyItsEndIsGone) {
+    const std::string text = Portals(2, 2, OneSquare + OneSquare);
+    const size_t lastBracket = text.rfind(')');
+    for (size_t length = 0; length < text.size(); ++length) {
+        SCOPED_TRACE(length);
+        // The bracket behind the last number ends it, but is not needed.
+        if (length + 1 >= lastBracket) {
+            EXPECT_EQ(ReadGraph(2, text.substr(0, length)).portals.size(), 4U);
+        } else {
+            EXPECT_THROW(ReadGraph(2, text.substr(0, length)), FatalStop);
+        }
+    }
+}
+
 TEST_F(PortalFileTest, TakesNumbersThatAreNone) {
     const VisGraph graph = ReadGraph(2, Portals(2, 1, "3 0 1 (nan 0 0 ) (1 inf 0 ) (0 1e300 0 ) \n"));
     EXPECT_EQ(graph.portal(0).polygon->numpoints(), 3);

@@ -162,6 +162,21 @@ TEST_F(PortalVisTest, AFatalErrorOnAWorkerStopsTheStage) {
     }
 }
 
+TEST_F(PortalVisTest, PointsThatAreNoNumbersDoNoHarm) {
+    std::vector<RoomOpening> openings{SlotOpening(0, 1, {64}), SlotOpening(1, 2, {128}), SlotOpening(2, 3, {192})};
+    const std::vector<double> numbers{std::nan(""), INFINITY, -INFINITY, 1e300, -1e300, 1e30, 1e-300};
+    for (size_t opening = 0; opening < openings.size(); ++opening) {
+        for (const double number : numbers) {
+            std::vector<RoomOpening> broken = openings;
+            broken[opening].points[1][1] = number;
+            VisGraph graph = ReadGraph(4, PortalFileText(4, broken));
+            BasePortalVis(graph, Eps);
+            CalculatePortalVis(graph, AtLevel(4), 1);
+            EXPECT_EQ(graph.portal(0).status, PortalStatus::Done);
+        }
+    }
+}
+
 TEST_F(PortalVisTest, OnlyPortalsInWorkAreFlowed) {
     VisGraph graph = Prepared(2, CorridorText(2));
     graph.AllocateVisBits();
