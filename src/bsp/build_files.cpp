@@ -1,8 +1,10 @@
 #include "bsp/build_files.h"
 
+#include <array>
 #include <cstdio>
 #include <string>
 
+#include "driver/build_log.h"
 #include "driver/build_options.h"
 #include "driver/token_scanner.h"
 #include "levelfile/file_klv.h"
@@ -16,6 +18,11 @@ std::string WithExtension(std::string path, std::string_view extension) {
     return path.append(extension);
 }
 
+std::array<const std::string*, 4> BuildFiles() {
+    const BuildPaths& paths = Paths();
+    return {&paths.LevelPath, &paths.PortalPath, &paths.VisPath, &paths.EntPath};
+}
+
 }  // namespace
 
 void FormInterimPaths() {
@@ -25,11 +32,15 @@ void FormInterimPaths() {
     paths.EntPath = WithExtension(paths.LevelPath, ".$$e");
 }
 
-void RemoveBuildFiles() {
-    const BuildPaths& paths = Paths();
-    for (const std::string* path : {&paths.LevelPath, &paths.PortalPath, &paths.VisPath, &paths.EntPath}) {
-        std::remove(path->c_str());
+void KeepMapFromBuildFiles() {
+    const std::string& map = Paths().MapPath;
+    for (const std::string* path : BuildFiles()) {
+        if (*path == map) FatalError("\nUnrecognized map file format %s !", map.c_str());
     }
+}
+
+void RemoveBuildFiles() {
+    for (const std::string* path : BuildFiles()) std::remove(path->c_str());
 }
 
 void StartOver() {

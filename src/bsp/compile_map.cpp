@@ -92,6 +92,7 @@ void CompileMap() {
     Geometry().DetailReject.clear();
     ResetHullCaptures();
     FormInterimPaths();
+    KeepMapFromBuildFiles();
     ClearEntities();
     const BuildOptions& options = Options();
     if (options.entsonly) {
