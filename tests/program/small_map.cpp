@@ -103,7 +103,9 @@ SmallMap OneRoom(uint32_t faceFlags) {
 SmallMap SkyRoom() {
     SmallMap map = OneRoom();
     map.Add({{0, 0, 112}, {256, 256, 128}, "SKY1"});
-    return map;
+    map.Add({{0, 0, 0}, {16, 256, 112}, "SKY1"}).Add({{240, 0, 0}, {256, 256, 112}, "SKY1"});
+    map.Add({{16, 0, 0}, {240, 16, 112}, "SKY1"}).Add({{16, 240, 0}, {240, 256, 112}, "SKY1"});
+    return map.Add({{112, 112, 0}, {144, 144, 16}, "PILLAR"});
 }
 
 }  // namespace k2k::test

@@ -43,7 +43,8 @@ class SmallMap {
 // A room of 256 x 256 x 128 units with its corner at the origin, a start in it and a sun outside of any use.
 SmallMap OneRoom(uint32_t faceFlags = 0);
 
-// The room under a layer of sky, closed by a roof above it: the sun shines in where sky blocks are solid.
+// The room with its walls and ceiling lined by sky, and a low pillar on its floor: the sun shines in where sky is
+// solid.
 SmallMap SkyRoom();
 
 }  // namespace k2k::test

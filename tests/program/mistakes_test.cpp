@@ -1,0 +1,199 @@
+// Ordinary mistakes with the files of a build: each ends in its message and status, and no file of the user is lost.
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <map>
+
+#include "program/compile.h"
+#include "program/level_bytes.h"
+
+namespace k2k::test {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+class Mistakes : public SmallMapTest {
+  protected:
+    Mistakes() { Write(OneRoom()); }
+
+    // The files that a build reads.
+    static std::map<std::string, std::string> UserFiles() {
+        std::map<std::string, std::string> files;
+        for (const auto& entry : fs::directory_iterator(".")) {
+            const std::string name = entry.path().filename();
+            if (entry.is_regular_file() && name != "level.klv" && name != "level.$$p" && name != "K2K.ini")
+                files[name] = ReadFile(name);
+        }
+        return files;
+    }
+
+    // Stage 1 fails with this message, and leaves all files as they were.
+    static void ExpectFailure(const std::string& message) {
+        const auto before = UserFiles();
+        EXPECT_EQ(FailureOf({}), message);
+        EXPECT_TRUE(UserFiles() == before);
+    }
+
+    // The palette cannot be used: the level is finished all the same.
+    static void ExpectPaletteError(const std::string& palette, const std::string& message) {
+        const auto before = UserFiles();
+        const ProcessResult run = RunK2k({"level", "-pal", palette});
+        EXPECT_EQ(run.status, 0);
+        EXPECT_THAT(run.out, EndsWith("\n\nFatal error ->  " + message + " :  " + palette + "\n"));
+        EXPECT_TRUE(UserFiles() == before);
+        const levelcheck::LevelView level = LoadLevel("level.klv");
+        EXPECT_EQ(level.surfaces.size(), 16U);
+        EXPECT_TRUE(level.Chunk(levelcheck::ChunkPalette).empty());
+    }
+
+    static void CutShort(const std::string& name, size_t size) { WriteFile(name, ReadFile(name).substr(0, size)); }
+};
+
+TEST_F(Mistakes, AMapThatIsMissing) {
+    fs::remove("level.$$M");
+    ExpectFailure("Can't open level.$$M - No such file or directory");
+    EXPECT_FALSE(fs::exists("level.$$M"));
+}
+
+TEST_F(Mistakes, AMapThatIsAFolder) {
+    fs::remove("level.$$M");
+    fs::create_directory("level.$$M");
+    ExpectFailure("Can't open level.$$M - Is a directory");
+}
+
+TEST_F(Mistakes, AMapThatIsEmpty) {
+    WriteFile("level.$$M", "");
+    ExpectFailure("Texture file\tmissing!");
+}
+
+TEST_F(Mistakes, AMapThatIsCutShortInABlock) {
+    const std::string text = ReadFile("level.$$M");
+    CutShort("level.$$M", text.find("faces"));
+    ExpectFailure("Face tag missing, block 0\n");
+    WriteFile("level.$$M", text.substr(0, text.find("{ 00000000 ndef }")));
+    ExpectFailure(" \nE715");
+}
+
+TEST_F(Mistakes, AMapThatIsCutShortBetweenBlocks) {
+    const std::string text = ReadFile("level.$$M");
+    CutShort("level.$$M", text.find("{\nvertices", text.find("{\nvertices") + 1));
+    ExpectFailure(" \nE715");
+}
+
+TEST_F(Mistakes, AMapOfAnotherKind) {
+    fs::copy_file("textures.$$w", "level.$$M", fs::copy_options::overwrite_existing);
+    ExpectFailure(" \nE714");
+}
+
+TEST_F(Mistakes, AMapOfAnotherVersion) {
+    WriteFile("level.$$M", "version 640\n{\n}\n");
+    ExpectFailure("\nUnrecognized map file format level.$$M !");
+}
+
+TEST_F(Mistakes, AMapWithoutAnyVisibleBlock) {
+    SmallMap map;
+    map.Add({{0, 0, 0}, {64, 64, 64}, "WALL", BlockFlags::Invisible}).Start({0, 0, 100});
+    Write(map);
+    ExpectFailure("E003 - no visible blocks in map");
+}
+
+TEST_F(Mistakes, ATextureFileThatIsMissing) {
+    fs::remove("textures.$$w");
+    ExpectFailure("Can't open textures.$$w - No such file or directory");
+}
+
+TEST_F(Mistakes, ATextureFileThatIsEmpty) {
+    WriteFile("textures.$$w", "");
+    ExpectFailure("Invalid\tor missing texture file\ttextures.$$w");
+}
+
+TEST_F(Mistakes, ATextureFileOfAnotherKind) {
+    fs::copy_file("palette.raw", "textures.$$w", fs::copy_options::overwrite_existing);
+    ExpectFailure("Invalid\tor missing texture file\ttextures.$$w");
+}
+
+TEST_F(Mistakes, ATextureFileThatIsCutShortInItsDirectory) {
+    CutShort("textures.$$w", ReadFile("textures.$$w").size() - 10);
+    const auto before = UserFiles();
+    FailureOf({});
+    EXPECT_TRUE(UserFiles() == before);
+}
+
+TEST_F(Mistakes, ATextureFileThatIsCutShortInItsHead) {
+    CutShort("textures.$$w", 10);
+    const auto before = UserFiles();
+    FailureOf({});
+    EXPECT_TRUE(UserFiles() == before);
+}
+
+TEST_F(Mistakes, ATextureThatTheFileDoesNotHave) {
+    const auto [text, level] = Compile(OneRoom().Add({{96, 96, 0}, {128, 128, 32}, "NOWHERE"}));
+    EXPECT_THAT(text, HasSubstr(" \nWARNING\tW050: texture NOWHERE not found\n"));
+    EXPECT_GT(level.surfaces.size(), 16U);
+}
+
+TEST_F(Mistakes, APaletteThatIsMissing) {
+    ExpectPaletteError("none.pcx", " could not open file");
+}
+
+TEST_F(Mistakes, APaletteThatIsEmpty) {
+    for (const char* name : {"empty.raw", "empty.pcx", "empty.bmp", "empty.lbm"}) WriteFile(name, "");
+    ExpectPaletteError("empty.raw", " not valid palette file");
+    ExpectPaletteError("empty.pcx", " E004 - could not read file");
+    ExpectPaletteError("empty.bmp", " E004 - could not read file");
+    ExpectPaletteError("empty.lbm", " E004 - could not read file");
+}
+
+TEST_F(Mistakes, APaletteThatIsCutShort) {
+    TakeExample("", "room");
+    for (const char* name : {"palette.lmp", "palette.pcx", "palette.bmp", "palette.lbm"}) CutShort(name, 100);
+    ExpectPaletteError("palette.lmp", " not valid palette file");
+    ExpectPaletteError("palette.pcx", " E004 - could not read file");
+    ExpectPaletteError("palette.bmp", " E004 - could not read file");
+    ExpectPaletteError("palette.lbm", " E004 - could not read file");
+}
+
+TEST_F(Mistakes, APaletteOfAnotherKind) {
+    for (const char* name : {"map.raw", "map.pcx", "map.bmp", "map.lbm"}) fs::copy_file("level.$$M", name);
+    ExpectPaletteError("map.raw", " not valid palette file");
+    ExpectPaletteError("map.pcx", " not valid image file");
+    ExpectPaletteError("map.bmp", " not valid image file");
+    ExpectPaletteError("map.lbm", " not valid image file");
+}
+
+TEST_F(Mistakes, ALevelThatCannotBeWritten) {
+    fs::create_directories("level.klv/full");
+    ExpectFailure("Can't open level.klv - Is a directory");
+    EXPECT_TRUE(fs::exists("level.klv/full"));
+}
+
+TEST_F(Mistakes, ALevelToUpdateThatIsDamaged) {
+    WriteFile("level.klv", "KLV7 and nothing more");
+    EXPECT_THAT(FailureOf({"-entsonly"}), HasSubstr(""));
+}
+
+TEST_F(Mistakes, ALevelInTheMapsPlace) {
+    Compile();
+    const std::string level = ReadFile("level.klv");
+    for (const char* mode : {"-fast", "-entsonly", "-texsonly", "-lightsonly"}) {
+        const ProcessResult run = RunK2k({"level.klv", "-pal", "palette.raw", mode});
+        EXPECT_EQ(run.status, 1);
+        EXPECT_THAT(run.out, HasSubstr("\nUnrecognized map file format level.klv !\n"));
+        EXPECT_TRUE(ReadFile("level.klv") == level) << mode;
+    }
+}
+
+TEST_F(Mistakes, AnInterimFileInTheMapsPlace) {
+    for (const char* name : {"level.$$p", "level.$$v", "level.$$e"}) {
+        fs::copy_file("level.$$M", name);
+        EXPECT_EQ(RunK2k({name, "-pal", "palette.raw"}).status, 1);
+        EXPECT_TRUE(ReadFile(name) == ReadFile("level.$$M")) << name;
+    }
+}
+
+}  // namespace
+}  // namespace k2k::test
