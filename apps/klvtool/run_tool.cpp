@@ -12,6 +12,8 @@ constexpr Command AllCommands[] = {
     {"info", "LEVEL [--json]", "What is in a level: tables, textures, entities, lightmaps, visibility.", RunInfo},
     {"check", "LEVEL [--litres R]", "Whether a level is sound: one line a fault; status 1 if there is any.", RunCheck},
     {"diff", "LEVEL LEVEL", "What differs, chunk by chunk and record by record; status 1 if anything does.", RunDiff},
+    {"leak", "MAP [--options \"OPTIONS\"] [--png OUT.png]",
+     "Where a map is open to the outside: the shortest way there from an object; status 1 if there is one.", RunLeak},
     {"pages", "LEVEL DIR", "Writes lightmap pages, palette and textures as PNG images.", RunPages},
     {"plan", "LEVEL OUT.png [--from X,Y,Z] [--cut Z] [--size PIXELS]",
      "Draws a level from above, with its entities; --from shows what is visible there, --cut leaves out all above Z.",
