@@ -53,6 +53,10 @@ TEST_F(Block71, MaterialIsCutTo19Characters) {
                  "ABCDEFGHIJKLMNOPQRS");
 }
 
+TEST_F(Block71, WithoutATailHasNoMaterial) {
+    EXPECT_STREQ(Mapped("WALL " + Vectors, "0 stone").material.data(), "");
+}
+
 TEST_F(Block71, UndefinedMaterialIsThatOfTheBlock) {
     for (const char* undefined : {"ndef", "NDEF", "nDef"}) {
         const std::string face = "WALL " + Vectors + " : 0 0 50 " + undefined;
