@@ -9,6 +9,8 @@ namespace levelcheck {
 namespace {
 
 constexpr uint8_t NoLightmap = 255;
+constexpr uint8_t LargestShift = 4;
+constexpr int64_t TooManyTexels = 1 << 20;
 
 struct Rect {
     int64_t x0, y0, x1, y1;  // inclusive, with the border texel on each side
@@ -42,16 +44,15 @@ int64_t TexelExtent(const LevelView& level, const std::vector<uint32_t>& ring, c
         low = std::min(low, value);
         high = std::max(high, value);
     }
-    const auto f = [](double v) {
-        return static_cast<double>(static_cast<float>(v));
-    };  // kept in 32 bits by the compiler
-    return static_cast<int64_t>(std::ceil(f(high) / step) + 1 - std::floor(f(low) / step));
+    const auto stored = [](double v) { return static_cast<double>(static_cast<float>(v)); };
+    const double texels = std::ceil(stored(high) / step) + 1 - std::floor(stored(low) / step);
+    return texels >= 0 && texels < TooManyTexels ? static_cast<int64_t>(texels) : TooManyTexels;
 }
 
 Rect RectOf(const LevelView& level, size_t index, const std::vector<uint32_t>& ring, const CheckOptions& options) {
     const Surface& surface = level.surfaces[index];
     const auto axes = LightAxes(level, surface, options.litres);
-    const int step = 1 << (surface.lightShift & 31);
+    const int step = 1 << surface.lightShift;
     const int64_t x = level.meshLevel ? surface.lightOffset & 0xFFFFU : surface.lightX;
     const int64_t y = level.meshLevel ? surface.lightOffset >> 16U : surface.lightY;
     return {x - 1, y - 1, x + TexelExtent(level, ring, axes[0], step), y + TexelExtent(level, ring, axes[1], step),
@@ -147,6 +148,10 @@ void CheckLightmaps(const LevelView& level, const CheckOptions& options, FaultLi
     for (size_t i = 0; i < level.surfaces.size(); i++) {
         const Surface& surface = level.surfaces[i];
         if (surface.lightShift == NoLightmap || surface.lightPage == 0) continue;
+        if (surface.lightShift > LargestShift) {
+            faults.Add("lightmap of an unknown texel size", Name(i));
+            continue;
+        }
         const std::vector<uint32_t> ring = RingOf(level, surface);
         const bool mapped = surface.texinfo >= 0 && static_cast<size_t>(surface.texinfo) < level.texinfos.size();
         if (ring.empty() || !mapped || surface.plane >= level.planes.size()) continue;

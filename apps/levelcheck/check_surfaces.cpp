@@ -20,10 +20,19 @@ std::string Name(size_t i) {
     return "surface " + std::to_string(i);
 }
 
+// Welding can give a point two vertices, each within 0.1 of it on each axis; a wider gap in a ring has another cause.
+constexpr double WeldGap = 0.5;
+
 // Start and end vertex of a surface edge entry.
 std::array<uint32_t, 2> Ends(const LevelView& level, int32_t entry) {
     const Edge edge = level.edges[static_cast<size_t>(std::abs(entry))];
     return entry < 0 ? std::array{edge.second, edge.first} : std::array{edge.first, edge.second};
+}
+
+bool AreNear(const LevelView& level, uint32_t a, uint32_t b) {
+    if (a >= level.vertices.size() || b >= level.vertices.size()) return false;
+    const Point &p = level.vertices[a], &q = level.vertices[b];
+    return std::abs(p.x - q.x) < WeldGap && std::abs(p.y - q.y) < WeldGap && std::abs(p.z - q.z) < WeldGap;
 }
 
 void CheckRing(const LevelView& level, size_t index, FaultList& faults) {
@@ -34,7 +43,11 @@ void CheckRing(const LevelView& level, size_t index, FaultList& faults) {
         const auto [start, end] = Ends(level, entries[i]);
         const uint32_t next = Ends(level, entries[(i + 1) % entries.size()])[0];
         if (start == end) faults.Tolerate("edge without length (its ends were welded)", Name(index));
-        if (end != next) faults.Tolerate("ring broken by welding", Name(index));
+        if (end == next) continue;
+        if (AreNear(level, end, next))
+            faults.Tolerate("ring broken by welding", Name(index));
+        else
+            faults.Add("ring does not close", Name(index));
     }
 }
 
@@ -95,7 +108,10 @@ class VertexGrid {
 
   private:
     static constexpr double CellSize = 64;
-    static int64_t Cell(float v) { return static_cast<int64_t>(std::floor(v / CellSize)); }
+    static int64_t Cell(float v) {
+        constexpr double Far = 100000;
+        return std::isfinite(v) ? static_cast<int64_t>(std::floor(std::clamp(v / CellSize, -Far, Far))) : 0;
+    }
     static uint64_t KeyOf(int64_t x, int64_t y, int64_t z) {
         return (static_cast<uint64_t>(x) & 0x1FFFFF) << 42U | (static_cast<uint64_t>(y) & 0x1FFFFF) << 21U |
                (static_cast<uint64_t>(z) & 0x1FFFFF);

@@ -8,15 +8,14 @@ namespace k2k::test {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-// Every level of the small maps is cheap, so one image serves all names.
 std::vector<uint8_t> SmallTextures() {
     Wad wad;
     for (const char* name : {"wall", "floor", "ceiling", "pillar", "sky1", "*water", "lamp_out"})
         wad.Add(name, 68, Image(name, 64, 64));
     return wad.Bytes();
 }
+
+namespace {
 
 std::string SmallPalette() {
     std::string colours;

@@ -33,6 +33,9 @@ struct Compiled {
 };
 Compiled CompileLevel(const std::string& name, std::vector<std::string> options = {});
 
+// A texture file with an image for each name that small maps use.
+std::vector<uint8_t> SmallTextures();
+
 // A folder with a texture file and a palette, where small maps are compiled as "level".
 class SmallMapTest : public ::testing::Test {
   protected:
