@@ -1,4 +1,4 @@
-"""Levels with blocks that are not convex: an arch, a vase, a patch of terrain, a star, a gear."""
+"""Levels with blocks that are not convex: an arch, a vase, a patch of terrain, a ribbon, a gear."""
 import math
 
 import levels
@@ -32,11 +32,10 @@ def arch(x, y, width, height, steps=12):
     return extrusion(outline + opening, y, y + 32, "STONE", "BRICK")
 
 
-def star(x, y, z, radius):
-    """A pentagram in one stroke: its sides cross, and its middle is empty."""
-    corners = [math.pi / 2 + 4 * math.pi * i / 5 for i in range(5)]
-    outline = [(round(x + radius * math.cos(a)), round(z + radius * math.sin(a))) for a in corners]
-    return extrusion(outline, y, y + 16, "WOOD", "PLASTER")
+def ribbon(x, y, z, size):
+    """An hourglass on its side in one stroke: its sides cross in the middle, and its left end has a notch."""
+    outline = [(-size, -size), (size, size), (size, -size), (-size, size), (-size / 2, 0)]
+    return extrusion([(x + u, z + v) for u, v in outline], y, y + 16, "WOOD", "PLASTER")
 
 
 def gear(x, y, z, radius, corners):
@@ -110,7 +109,7 @@ def room(blocks, sun=True):
 
 def gallery(sun=True):
     """One of each, in a room."""
-    return room([arch(-256, -64, 256, 192), star(0, -256, 128, 80), gear(256, -256, 128, 80, MOST_CORNERS),
+    return room([arch(-256, -64, 256, 192), ribbon(0, -256, 128, 80), gear(256, -256, 128, 80, MOST_CORNERS),
                  vase(-64, -384, 0), terrain(-64, 0, 32, 16, 0)], sun)
 
 
