@@ -28,7 +28,7 @@ uint32_t MeshInterface::CountDegenerate() const {
 }
 
 AABBTreeOfTrianglesBuilder::AABBTreeOfTrianglesBuilder(const MeshInterface& mesh)
-    : mesh_(mesh), order_(mesh.triangles.size()), boxes_(mesh.triangles.size()), centers_(mesh.triangles.size()) {
+    : order_(mesh.triangles.size()), boxes_(mesh.triangles.size()), centers_(mesh.triangles.size()) {
     std::iota(order_.begin(), order_.end(), 0U);
     for (size_t i = 0; i < order_.size(); i++) {
         const auto& [a, b, c] = mesh.triangles[i];

@@ -79,7 +79,6 @@ class AABBTreeOfTrianglesBuilder {
     uint32_t Split(Range range, int axis, float value);
     uint32_t SplitBest(Range range, const Vec3& center, const Vec3& extents);
 
-    const MeshInterface& mesh_;
     std::vector<uint32_t> order_;             // triangles, permuted by the splits
     std::vector<std::array<Vec3, 2>> boxes_;  // minimum and maximum of each triangle
     std::vector<Vec3> centers_;               // mean of each triangle's vertices
