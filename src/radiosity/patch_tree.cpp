@@ -38,23 +38,6 @@ size_t LongestAxis(const SiteBounds& bounds) {
 
 }  // namespace
 
-double SiteBounds::DistanceSquared(const Vec3& point) const {
-    double sum = 0;
-    for (size_t c = 0; c < 3; c++) {
-        const double below = static_cast<double>(mins[c]) - point[c];
-        const double above = static_cast<double>(point[c]) - maxs[c];
-        const double outside = std::max({0.0, below, above});
-        sum += outside * outside;
-    }
-    return sum;
-}
-
-double SiteBounds::Highest(const Vec3& direction) const {
-    double sum = 0;
-    for (size_t c = 0; c < 3; c++) sum += static_cast<double>(direction[c]) * (direction[c] >= 0 ? maxs[c] : mins[c]);
-    return sum;
-}
-
 CPatchTree::CPatchTree(const LightPatches& patches) {
     sites_.reserve(patches.patches.size());
     patchAt_.reserve(patches.patches.size());

@@ -1,6 +1,7 @@
 // The patches of a level by surface and by place, to leave out at once all that a patch cannot see.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -18,9 +19,24 @@ struct PatchSite {
 struct SiteBounds {
     Vec3 mins{}, maxs{};
 
-    double DistanceSquared(const Vec3& point) const;
+    double DistanceSquared(const Vec3& point) const {
+        double sum = 0;
+        for (size_t c = 0; c < 3; c++) {
+            const double below = static_cast<double>(mins[c]) - point[c];
+            const double above = static_cast<double>(point[c]) - maxs[c];
+            const double outside = std::max(0.0, std::max(below, above));
+            sum += outside * outside;
+        }
+        return sum;
+    }
     // The largest dot product of its points with a vector.
-    double Highest(const Vec3& direction) const;
+    double Highest(const Vec3& direction) const {
+        double sum = 0;
+        for (size_t c = 0; c < 3; c++) {
+            sum += std::max(static_cast<double>(direction[c]) * mins[c], static_cast<double>(direction[c]) * maxs[c]);
+        }
+        return sum;
+    }
 };
 
 // The patches of one surface, as a range of sites.
@@ -49,6 +65,7 @@ class CPatchTree {
     const std::vector<PatchSite>& sites() const { return sites_; }
     // The number of the patch at a site.
     const std::vector<uint32_t>& patchAt() const { return patchAt_; }
+    // At least 1.
     double longestNormal() const { return longestNormal_; }
 
   private:
@@ -59,7 +76,7 @@ class CPatchTree {
     std::vector<PatchGroup> groups_;
     std::vector<PatchSite> sites_;
     std::vector<uint32_t> patchAt_;
-    double longestNormal_ = 0;
+    double longestNormal_ = 1;
 };
 
 }  // namespace k2k

@@ -1,6 +1,7 @@
 // The space from which a point is surely in the shadow of one obstacle.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +20,7 @@ struct HalfSpace {
     }
     bool ContainsBox(const Vec3& mins, const Vec3& maxs) const {
         double nearest = 0;
-        for (size_t c = 0; c < 3; c++) nearest += normal[c] * (normal[c] >= 0 ? mins[c] : maxs[c]);
+        for (size_t c = 0; c < 3; c++) nearest += std::min(normal[c] * mins[c], normal[c] * maxs[c]);
         return nearest >= dist;
     }
 };

@@ -87,9 +87,9 @@ class SenderSearch {
           height_(Dot(to_.origin, to_.normal)),
           margin_(PlaneMargin * tree.longestNormal()),
           shadows_(rays, to_.origin) {
-        // The amount falls with the square of the distance, and the cosines are at most the normals' lengths.
-        const double strongest = to_.area * std::sqrt(LengthSquared(to_.normal)) * tree.longestNormal();
-        reachSquared_ = std::min(FarthestSquared, strongest / SmallestTransfer * SquareMargin) * SquareMargin;
+        strongest_ = to_.area * tree.longestNormal() / SmallestTransfer * SquareMargin;
+        const double nearestCosine = std::sqrt(LengthSquared(to_.normal));
+        reachSquared_ = std::min(FarthestSquared, strongest_ * nearestCosine) * SquareMargin;
     }
 
     // Sorted by the sender.
@@ -109,14 +109,25 @@ class SenderSearch {
     }
 
   private:
+    // An amount is area * cosine * cosine / distance^2, and a cosine is height / distance: with the largest height of a
+    // box over this patch's plane and its distance, no patch in the box sends more than that. Also asks the shadows.
     bool IsOutOfSight(const SiteBounds& bounds) {
-        if (bounds.DistanceSquared(to_.origin) > reachSquared_) return true;
-        if (bounds.Highest(to_.normal) < height_ - margin_) return true;
+        boxHeight_ = bounds.Highest(to_.normal) - height_ + margin_;
+        if (boxHeight_ < 0) return true;
+        boxSquared_ = bounds.DistanceSquared(to_.origin);
+        if (boxSquared_ > reachSquared_) return true;
+        const double most = strongest_ * boxHeight_;
+        if (most * most < boxSquared_ * boxSquared_ * boxSquared_) return true;
         return shadows_.ContainBox(bounds);
     }
 
+    // Of the box that was looked at last.
     void SearchGroup(const PatchGroup& group) {
-        if (group.flat && Dot(to_.origin, group.normal) < group.lowest - margin_) return;
+        if (group.flat) {
+            const double groupHeight = Dot(to_.origin, group.normal) - group.lowest + margin_;
+            if (groupHeight < 0) return;
+            if (strongest_ * boxHeight_ * groupHeight < boxSquared_ * boxSquared_) return;
+        }
         for (uint32_t site = group.first; site < group.first + group.count; site++) {
             if (site != self_) TrySender(site);
         }
@@ -126,9 +137,9 @@ class SenderSearch {
         const PatchSite& from = tree_.sites()[site];
         const Vec3 delta = Sub(to_.origin, from.origin);
         if (Dot(delta, to_.normal) > margin_ || Dot(delta, from.normal) < -margin_) return;
-        if (shadows_.Contain(from.origin)) return;
         const float amount = TransferAmount(from, to_);
-        if (amount > 0 && !IsBlocked(from.origin)) found_.push_back({tree_.patchAt()[site], amount});
+        if (!(amount > 0) || shadows_.Contain(from.origin) || IsBlocked(from.origin)) return;
+        found_.push_back({tree_.patchAt()[site], amount});
     }
 
     bool IsBlocked(const Vec3& start) {
@@ -142,9 +153,11 @@ class SenderSearch {
     const ShadowRays& rays_;
     const uint32_t self_;
     const PatchSite& to_;
-    const double height_;  // of the patch along its normal
-    const double margin_;  // of distances along normals
+    const double height_;   // of the patch along its normal
+    const double margin_;   // of distances along normals
+    double strongest_ = 0;  // area with cosines of 1, in smallest transfers
     double reachSquared_ = 0;
+    double boxHeight_ = 0, boxSquared_ = 0;
     RecentShadows shadows_;
     std::vector<Transfer> found_;
 };
