@@ -65,6 +65,13 @@ TEST_F(TheColourStage, ReplacesALongerLumpOfOlderTools) {
     EXPECT_EQ(SavedLump(), NewLump());
 }
 
+TEST_F(TheColourStage, SaysNoOkWhereTheLevelCannotBeRead) {
+    test::WriteFile("map.klv", Bytes{'K', 'L', 'V'});
+    ParseOptions("map -pal game");
+    EXPECT_EQ(RunColourStage(), 0);
+    EXPECT_EQ(test::Logged(), "\nWriting KLV file ...");
+}
+
 TEST_F(TheColourStage, LeavesThePaletteAloneWithNoTables) {
     SaveLevel({1, 2, 3});
     ParseOptions("map -pal missing -notables");

@@ -142,6 +142,13 @@ TEST_F(TextureData, PrintsTexturesAndSpace) {
     EXPECT_EQ(TakeLoggedText(), " \n1 textures \nTexture\tspace 2 Kb \nLightmap space 384 Kb");
 }
 
+TEST_F(TextureData, PrintsTexturesWithoutImagesToo) {
+    Textures().blob = std::vector<uint8_t>(1024);
+    Textures().blob[0] = 255;
+    Textures().PrintStats();
+    EXPECT_EQ(TakeLoggedText(), " \n255 textures \nTexture\tspace 1 Kb");
+}
+
 TEST_F(TextureData, PrintsNothingThatIsNotWritten) {
     Textures().pages.resize(1);
     Textures().PrintStats();
@@ -199,6 +206,8 @@ TEST_F(TextureData, TheFirstTexinfoMakesTwoRows) {
     EXPECT_EQ(Textures().AddTexinfo(record), 1);
     ASSERT_EQ(Textures().texinfos.size(), 2U);
     const Texinfo& neutral = Textures().texinfos[0];
+    EXPECT_EQ(&Textures().GetTexinfo(0), &neutral);
+    EXPECT_EQ(&Textures().GetTexinfo(-1), &neutral);
     EXPECT_EQ(neutral.texture, 7U);
     EXPECT_EQ(neutral.vecS, record.vecS);
     EXPECT_EQ(neutral.material, record.material);

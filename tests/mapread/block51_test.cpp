@@ -123,8 +123,9 @@ TEST_F(Block51, VerticesAreZoomed) {
 TEST_F(Block51, VerticesMustLieWithinTheBoundary) {
     const std::string message = "Block outside level boundaries !\nUse -bound XXX to increase size !\n";
     Options().bound = 64;
-    ReadBlocks(Box51(-64, 64));
+    ReadBlocks(Box51(-63, 63));
     EXPECT_EQ(Blocks().size(), 1U);
+    EXPECT_NO_THROW(ReadBlocks(Box51(-64, 64)));
     ExpectFatalRead(Head + Box51(-64.5, 0) + "}\n", message);
     Options().zoomlevel = 2;
     ExpectFatalRead(Head + Box51(0, 33) + "}\n", message);

@@ -54,7 +54,7 @@ class TextureStore : public BuildState {
 // ---- Names
 
 TEST_F(TextureStore, NamesAreMadeUpperCase) {
-    EXPECT_EQ(Text(NormaliseLumpName("aStone_1~")), "ASTONE_1~");
+    EXPECT_EQ(Text(NormaliseLumpName("aStone_z1~")), "ASTONE_Z1~");
     EXPECT_EQ(Text(NormaliseLumpName("")), "");
 }
 
