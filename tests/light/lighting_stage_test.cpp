@@ -335,9 +335,9 @@ TEST_F(LightingThreads, AnyNumberOfThreadsGivesTheSameBytes) {
         const Box room{{-192, -192, 0}, {192, 192, 128}};
         const std::vector<Box> boxes{{{-100, -100, 0}, {-20, 0, 90}}, {{100, 40, 30}, {160, 160, 60}}};
         level.RoomTree(room, boxes);
-        for (int i = 0; i < 8; i++) level.RoomFaces(room, i % 3 == 0 ? TexturePhong : 0);
+        for (int i = 0; i < 4; i++) level.RoomFaces(room, i % 2 == 0 ? TexturePhong : 0);
         for (const Box& box : boxes) level.BoxFaces(box, TexturePhong);
-        for (int i = 0; i < 10; i++) {
+        for (int i = 0; i < 7; i++) {
             const auto v = static_cast<float>(i);
             level.Light({v * 36 - 180, v * 30 - 150, 10 + v * 11}, 80 + v * 20, {20 + v, 60 - v, v * 4}, i % 3 == 0);
         }
@@ -372,7 +372,7 @@ class NegatedPlanes : public LightingThreads {
         const uint32_t plane = level.Plane({0, 0, side == 0 ? 1.0F : -1.0F}, 0);
         // One texture unit is 50 units along the strips: the jitter moves samples over many surfaces.
         const int16_t texinfo = level.Texture(TexturePhong, {0.02F, 0, 0}, {0, -1, 0});
-        for (int row = 0; row < 3; row++) {
+        for (int row = 0; row < 2; row++) {
             for (int i = 0; i < 100; i++) {
                 const float x0 = static_cast<float>(i) * 16, x1 = x0 + 16;
                 const float y0 = static_cast<float>(row) * 32, y1 = y0 + 32;
@@ -421,7 +421,7 @@ TEST_F(NegatedPlanes, EqualsAPlainPassOverTheSurfaces) {
 TEST_F(NegatedPlanes, DotsAreNotPrintedTwice) {
     MakeStrips(1);
     const std::string text = Generate(1).text;
-    EXPECT_EQ(std::count(text.begin(), text.end(), '.'), 3 + 10 + 3);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '.'), 3 + 6 + 3);
 }
 
 }  // namespace
