@@ -3,7 +3,6 @@
 
 #include <filesystem>
 
-#include "levelcheck/check.h"
 #include "levelcheck/point_lookup.h"
 #include "program/compile.h"
 #include "program/level_bytes.h"
@@ -16,9 +15,7 @@ using levelcheck::LevelView;
 using levelcheck::RegionAt;
 using ::testing::Contains;
 using ::testing::ElementsAre;
-using ::testing::Field;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::Not;
 
 constexpr int32_t Empty = -256, Solid = -128, OpenFlag = 2, DetailFlag = 16;
@@ -235,6 +232,12 @@ TEST_F(Zoom, IsSearchedUpToTheLevelGiven) {
 
 TEST_F(Zoom, StaysOneWhereNothingWarns) {
     EXPECT_THAT(Compile(OneRoom(), {"-autozoom", "-zoomlevel", "4"}).text, HasSubstr(" [1..4]\nAutozoom set to 1\n"));
+}
+
+TEST_F(Blocks, ThinnerThanTheEpsilonHaveNoPlaneOfTheirOwn) {
+    Write(OneRoom().Add({{96, 96, 10}, {160, 160, 10.5}, "PILLAR"}));
+    EXPECT_THAT(Compile().text, Not(HasSubstr("WARNING W071")));
+    EXPECT_THAT(Compile({"-eps", "0.6"}).text, HasSubstr("WARNING W071"));
 }
 
 TEST_F(Blocks, BeyondTheBoundStopTheBuild) {

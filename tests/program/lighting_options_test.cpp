@@ -14,7 +14,6 @@ using levelcheck::Surface;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Not;
 
 SmallMap LitRoom(const Corner& colour = {200, 100, 50}, uint32_t faceFlags = 0) {
     return OneRoom(faceFlags).Light({64, 64, 64}, colour, 300);

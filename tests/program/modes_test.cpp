@@ -1,8 +1,6 @@
 // The modes of a build: what each of them renews in a level, and what it leaves alone.
 #include <gmock/gmock.h>
 
-#include <filesystem>
-
 #include "program/compile.h"
 #include "program/level_bytes.h"
 #include "texture/wad_bytes.h"
@@ -11,9 +9,7 @@ namespace k2k::test {
 namespace {
 
 using levelcheck::LevelView;
-using ::testing::Each;
 using ::testing::ElementsAre;
-using ::testing::Field;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -42,6 +38,13 @@ TEST_F(Modes, EntsonlyRenewsTheEntitiesAlone) {
 TEST_F(Modes, EntsonlyKnowsNoGammaTable) {
     EXPECT_EQ(SunRecord(Compile(LitRoom()).level).firstGammaValue(), 2);
     EXPECT_EQ(SunRecord(Compile({"-entsonly"}).level).firstGammaValue(), 0);
+}
+
+TEST_F(Modes, EntsonlyLeavesInterimFilesAlone) {
+    Compile(LitRoom());
+    for (const char* name : {"level.$$p", "level.$$v", "level.$$e"}) WriteFile(name, "old");
+    Compile({"-entsonly"});
+    for (const char* name : {"level.$$p", "level.$$v", "level.$$e"}) EXPECT_EQ(ReadFile(name), "old");
 }
 
 TEST_F(Modes, EntsonlyMakesALevelOfEntitiesWhereThereIsNone) {

@@ -51,6 +51,17 @@ TEST_F(TheProgram, ShowsItsUsageForUnknownOptions) {
     EXPECT_THAT(result.out, EndsWith(Usage));
 }
 
+TEST_F(TheProgram, ShowsItsUsageWithoutAMapOrAPalette) {
+    WriteMap("map.$$M");
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{"map"}, {"-pal", "game"}, {"map", "-pal", "game", "--fast"}}) {
+        const ProcessResult result = RunK2k(arguments);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_THAT(result.out, EndsWith(Usage));
+    }
+    EXPECT_FALSE(std::filesystem::exists("map.klv"));
+}
+
 TEST_F(TheProgram, EndsWithOneWhenTheCommandIsBroken) {
     const ProcessResult result = RunK2k({"map", "-gamma"});
     EXPECT_EQ(result.status, 1);
