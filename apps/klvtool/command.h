@@ -59,9 +59,11 @@ void SaveFile(const std::string& path, std::string_view text);
 
 int RunCheck(Arguments arguments);
 int RunDiff(Arguments arguments);
+int RunExport(Arguments arguments);
 int RunInfo(Arguments arguments);
 int RunLeak(Arguments arguments);
 int RunPages(Arguments arguments);
 int RunPlan(Arguments arguments);
+int RunView(Arguments arguments);
 
 }  // namespace klvtool

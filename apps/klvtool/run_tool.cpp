@@ -12,12 +12,15 @@ constexpr Command AllCommands[] = {
     {"info", "LEVEL [--json]", "What is in a level: tables, textures, entities, lightmaps, visibility.", RunInfo},
     {"check", "LEVEL [--litres R]", "Whether a level is sound: one line a fault; status 1 if there is any.", RunCheck},
     {"diff", "LEVEL LEVEL", "What differs, chunk by chunk and record by record; status 1 if anything does.", RunDiff},
-    {"leak", "MAP [--options \"OPTIONS\"] [--png OUT.png]",
+    {"export", "LEVEL OUT.glb", "Writes the level, its textures, lightmaps, lights and objects as glTF 2.0.",
+     RunExport},
+    {"leak", "MAP [--options \"OPTIONS\"] [--png OUT.png] [--html OUT.html]",
      "Where a map is open to the outside: the shortest way there from an object; status 1 if there is one.", RunLeak},
     {"pages", "LEVEL DIR", "Writes lightmap pages, palette and textures as PNG images.", RunPages},
     {"plan", "LEVEL OUT.png [--from X,Y,Z] [--cut Z] [--size PIXELS]",
      "Draws a level from above, with its entities; --from shows what is visible there, --cut leaves out all above Z.",
      RunPlan},
+    {"view", "LEVEL OUT.html", "Writes one page for a browser that shows the level lit, to walk through.", RunView},
 };
 
 void PrintUsage(std::FILE* out) {

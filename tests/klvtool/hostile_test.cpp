@@ -17,6 +17,7 @@ class Hostile : public KlvtoolTest {
             {"info", "bad.klv", "--json"},
             {"check", "bad.klv"},
             {"diff", "bad.klv", "level.klv"},
+            {"export", "bad.klv", "out.glb"},
             {"pages", "bad.klv", "out"},
             {"plan", "bad.klv", "out.png", "--size", "64"},
             {"plan", "bad.klv", "out.png", "--size", "64", "--from", "60,60,40"}};
