@@ -86,7 +86,7 @@ void CheckSharing(const LevelView& level, FaultList& faults) {
 // Vertices by cell, to find those near an edge.
 class VertexGrid {
   public:
-    explicit VertexGrid(const LevelView& level) : level_(level) {
+    explicit VertexGrid(const LevelView& level) {
         for (uint32_t i = 0; i < level.vertices.size(); i++) cells_[Key(level.vertices[i])].push_back(i);
     }
     template <typename F>
@@ -118,7 +118,6 @@ class VertexGrid {
     }
     static uint64_t Key(const Point& p) { return KeyOf(Cell(p.x), Cell(p.y), Cell(p.z)); }
 
-    const LevelView& level_;
     std::unordered_map<uint64_t, std::vector<uint32_t>> cells_;
 };
 
