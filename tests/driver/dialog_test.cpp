@@ -109,6 +109,7 @@ TEST_F(Dialog, AnAutomaticSizeAddsNothing) {
     EXPECT_THAT(ComposedAt(Slider::Flat, 15), Not(HasSubstr("-sizeflat")));
     EXPECT_THAT(ComposedAt(Slider::Flat, 16), HasSubstr("-sizeflat 16 "));
     EXPECT_THAT(ComposedAt(Slider::Turbulence, 15), Not(HasSubstr("-sizeturb")));
+    EXPECT_THAT(ComposedAt(Slider::Turbulence, 16), HasSubstr("-sizeturb 16 "));
 }
 
 TEST_F(Dialog, SlidersStopAtTheirEnds) {
@@ -145,6 +146,7 @@ TEST_F(Dialog, SlidersShowWhatTheyStandFor) {
     EXPECT_EQ(Shown(Slider::Zoom, 0), "auto");
     EXPECT_EQ(Shown(Slider::Ambient, 50), "50 %");
     EXPECT_EQ(Shown(Slider::Flat, 15), "auto");
+    EXPECT_EQ(Shown(Slider::Flat, 16), "16");
     EXPECT_EQ(Shown(Slider::Compress, 0), "full");
     EXPECT_EQ(Shown(Slider::Compress, 100), "off");
     EXPECT_EQ(Shown(Slider::Compress, 50), "50 %");

@@ -32,7 +32,7 @@ class Scanning : public test::BuildState {
 using Words = std::vector<std::string>;
 
 TEST_F(Scanning, SplitsAtEverythingBelow33) {
-    EXPECT_EQ(Tokens("a\tb \x01 c\r\nd\n"), (Words{"a", "b", "c", "d"}));
+    EXPECT_EQ(Tokens("a\tb \x01 c\r\nd !e\n"), (Words{"a", "b", "c", "d", "!e"}));
 }
 
 TEST_F(Scanning, TakesBytesAbove127AsCharacters) {
