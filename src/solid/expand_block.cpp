@@ -23,13 +23,13 @@ int32_t ProjectedTexinfo(const Vec3& normal) {
 }
 
 bool HasPlane(const CPlane& plane, const std::vector<BlockSide>& sides) {
-    const float eps = Options().eps;
+    const double eps = Options().eps;
     const Vec3 negated = Negate(plane.normal);
     for (const BlockSide& side : sides) {
         const CPlane& known = side.plane;
-        if (VectorEqual(known.normal, plane.normal, SamePoint) && std::fabs(known.dist - plane.dist) <= eps)
+        if (VectorEqual(known.normal, plane.normal, SamePoint) && AbsDifference(known.dist, plane.dist) <= eps)
             return true;
-        if (VectorEqual(known.normal, negated, SamePoint) && std::fabs(known.dist + plane.dist) <= eps) return true;
+        if (VectorEqual(known.normal, negated, SamePoint) && AbsDifference(known.dist, -plane.dist) <= eps) return true;
     }
     return false;
 }

@@ -10,7 +10,7 @@ namespace k2k {
 namespace {
 
 constexpr int32_t None = -1;
-constexpr double PointReach = 0.0011;  // points of a shared edge differ by up to 0.001 an axis, and 32-bit rounding
+constexpr double PointReach = 0.0011;  // points of a shared edge differ by up to 0.001 an axis; with room for rounding
 constexpr double PointCell = 1.0;
 constexpr size_t FirstBuckets = 16;
 

@@ -10,13 +10,15 @@ namespace k2k {
 namespace {
 
 constexpr int32_t None = -1;
-constexpr float StraightArea = 0.01F;  // twice the area of a corner that counts as none
+constexpr double StraightArea = 0.01;  // twice the area of a corner that counts as none
 
 using Points = std::vector<Point2D>;
 
 // Above 0 when c lies to the left of the line from a to b.
-float IsLeft(const Point2D& a, const Point2D& b, const Point2D& c) {
-    return (b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y);
+double IsLeft(const Point2D& a, const Point2D& b, const Point2D& c) {
+    const double x = a.x;
+    const double y = a.y;
+    return (b.x - x) * (c.y - y) - (c.x - x) * (b.y - y);
 }
 
 // Indices of the lowest and highest point at one end in x.
@@ -57,19 +59,20 @@ struct Bin {
 // An occupied slot gives way to a point whose x is below the number of the point in the low slot. That compares a
 // coordinate with an index, for both slots; the format's hulls depend on it.
 void TakeIntoSlot(const Points& points, int32_t i, const Bin& bin, int32_t& slot) {
-    if (slot == None || points[i].x < static_cast<float>(bin.low)) slot = i;
+    if (slot == None || points[i].x < static_cast<double>(bin.low)) slot = i;
 }
 
 std::vector<Bin> FillBins(const Points& points, const Extremes& ends, int32_t bins) {
+    const double lowest = ends.lowest;
+    const double width = ends.highest - lowest;
     std::vector<Bin> filled(static_cast<size_t>(bins) + 2);
     filled.front() = {ends.left.low, ends.left.high};
     filled.back() = {ends.right.low, ends.right.high};
     for (int32_t i = 0; i < static_cast<int32_t>(points.size()); ++i) {
         const Point2D& point = points[i];
         if (point.x == ends.lowest || point.x == ends.highest) continue;
-        const float strip = static_cast<float>(bins) * (point.x - ends.lowest) / (ends.highest - ends.lowest);
-        const bool isInRange =
-            strip >= 0 && strip < static_cast<float>(bins) + 1;  // false for coordinates that overflow
+        const double strip = bins * (point.x - lowest) / width;
+        const bool isInRange = strip >= 0 && strip < bins + 1.0;  // false for coordinates that are no numbers
         Bin& bin = filled[isInRange ? static_cast<size_t>(strip) + 1 : 0];
         if (IsLeft(points[ends.left.low], points[ends.right.low], point) < 0) {
             TakeIntoSlot(points, i, bin, bin.low);
@@ -101,7 +104,7 @@ Points ChainHull(const Points& points, const Extremes& ends, const std::vector<B
 }
 
 bool IsStraight(const Point2D& a, const Point2D& b, const Point2D& c) {
-    return std::fabs((c.x - a.x) * (b.y - a.y) - (b.x - a.x) * (c.y - a.y)) < StraightArea;
+    return std::fabs(IsLeft(a, b, c)) < StraightArea;
 }
 
 // Without the corners on straight runs; of a run, every second corner goes.

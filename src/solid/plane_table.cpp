@@ -20,7 +20,7 @@ constexpr double MatchingNormalDot = 1 - 1e-5;
 constexpr double MatchingDist = 0.01;
 
 bool Matches(const CPlane& row, const CPlane& plane) {
-    return std::fabs(row.dist - plane.dist) < MatchingDist && Dot(row.normal, plane.normal) > MatchingNormalDot;
+    return AbsDifference(row.dist, plane.dist) < MatchingDist && Dot(row.normal, plane.normal) > MatchingNormalDot;
 }
 
 // The form in which planes stand in the table: the dominant component of the normal is positive.
@@ -59,7 +59,7 @@ class PlaneLookup {
     // Unit normals (within 1e-5) with a matching dot product differ by less than sqrt(6e-5) on every axis.
     static constexpr double NormalReach = 0.008;
     static constexpr double NormalCell = 0.0625;
-    static constexpr double DistReach = 0.0101;  // the 32-bit difference may be rounded down
+    static constexpr double DistReach = 0.0101;  // with room for rounding
     static constexpr double DistCell = 1.0;
 
     static uint64_t Hash(int64_t x, int64_t y, int64_t z, int64_t dist) {

@@ -1,8 +1,8 @@
 // Vector helpers with the numeric rules that all geometry follows.
 //
 // A dot product of 32-bit vectors is summed in double, x then y then z, and narrowed only where it is stored in a
-// 32-bit field. Differences and cross products of 32-bit vectors are 32-bit per component. Results of the build depend
-// on it.
+// 32-bit field. Differences and cross products of 32-bit vectors are 32-bit per component. Other expressions over
+// 32-bit numbers are double until they are stored. Results of the build depend on it.
 #pragma once
 
 #include <cmath>
@@ -65,11 +65,16 @@ float Normalize(Vec3& v);
 // The same rules in double.
 double NormalizeD(Vec3d& v);
 
+// What lies between two 32-bit numbers, to be held against a tolerance: in 32 bits a difference just above the
+// tolerance could be rounded down to it.
+inline double AbsDifference(float a, float b) {
+    return std::fabs(static_cast<double>(a) - b);
+}
+
 // True when no axis differs by more than the tolerance (a difference equal to it counts as equal).
 inline bool VectorEqual(const Vec3& a, const Vec3& b, double tolerance) {
-    const Vec3 difference = Sub(a, b);
-    return std::fabs(difference[0]) <= tolerance && std::fabs(difference[1]) <= tolerance &&
-           std::fabs(difference[2]) <= tolerance;
+    return AbsDifference(a[0], b[0]) <= tolerance && AbsDifference(a[1], b[1]) <= tolerance &&
+           AbsDifference(a[2], b[2]) <= tolerance;
 }
 
 // Nearest whole number, halves upwards.

@@ -115,6 +115,14 @@ TEST_F(ExpandBlockTest, AddPlaneKnowsAPlaneFromBothSides) {
     EXPECT_TRUE(AddPlane(PlaneOf({1, 0, 0}, 8.0625F), sides));
 }
 
+TEST_F(ExpandBlockTest, AddPlaneComparesDistsInDouble) {
+    // In 32 bits both differences would be rounded down to 0.05F, the tolerance.
+    auto sides = Sides({PlaneOf({1, 0, 0}, 0.05F)});
+    EXPECT_TRUE(AddPlane(PlaneOf({1, 0, 0}, -1e-9F), sides));
+    sides = Sides({PlaneOf({1, 0, 0}, 0.05F)});
+    EXPECT_TRUE(AddPlane(PlaneOf({-1, 0, 0}, 1e-9F), sides));
+}
+
 TEST_F(ExpandBlockTest, AddPlaneRefusesNormalsBeyondAThousandth) {
     auto sides = Sides({PlaneOf({1, 0, 0}, 8)});
     test::ExpectFatal([&] { AddPlane(PlaneOf({0, 0.9985F, 0}, 0), sides); }, " \nE702");

@@ -58,6 +58,27 @@ TEST(NearHull2D, MarksOnlyEverySecondPointOfARun) {
     EXPECT_EQ(HullOf(Numbered({{0, 0}, {8, 0}, {8.001F, 1}, {8, 8}, {0, 8}}), 5), (std::vector<int32_t>{0, 1, 3, 4}));
 }
 
+TEST(NearHull2D, MeasuresSidesInDouble) {
+    // In 32 bits point 2 would seem to lie on the line between its neighbours.
+    EXPECT_EQ(
+        HullOf(Numbered({{728, 3933.5F}, {-5194.375F, -3812.375F}, {-4963.375F, -3510.25F}, {4063.25F, 3245.75F}}), 4),
+        (std::vector<int32_t>{1, 3, 0, 2}));
+}
+
+TEST(NearHull2D, MeasuresStripsInDouble) {
+    // Point 2 stands just before the fourth fifth of the way; in 32 bits it would be in the strip of point 3.
+    EXPECT_EQ(HullOf(Numbered({{0, 0}, {2273.875F, 0}, {1819.09998F, -42}, {2244.3147F, -30}, {1136.9375F, 40}}), 5),
+              (std::vector<int32_t>{0, 2, 3, 1, 4}));
+}
+
+TEST(NearHull2D, MeasuresStraightCornersInDouble) {
+    // Twice the area of the corner at point 2 is 0.94; in 32 bits it vanishes.
+    EXPECT_EQ(
+        HullOf(Numbered({{4146.625F, 7158.625F}, {6884.75F, -4043.875F}, {4896.875F, 4089.125F}, {-3353.25F, -1723}}),
+               4),
+        (std::vector<int32_t>{3, 1, 2, 0}));
+}
+
 TEST(NearHull2D, StandsNoPointsAndHugeCoordinates) {
     EXPECT_TRUE(NearHull2D({}, 4).empty());
     EXPECT_TRUE(NearHull2D(Numbered({{0, 0}, {1, 1}}), -3).empty());

@@ -90,6 +90,12 @@ TEST_F(FindPlaneTest, GivesTheRowOfAPlaneWhoseDistDiffersByLessThan001) {
     EXPECT_NE(Find(PlaneOf({1, 0, 0}, 64.0115F)), number);
 }
 
+TEST_F(FindPlaneTest, TakesTheDifferenceOfDistsInDouble) {
+    // In 32 bits it would be rounded down to 0.01F, which lies below 0.01.
+    const int32_t number = Find(PlaneOf({1, 0, 0}, 0.01F));
+    EXPECT_NE(Find(PlaneOf({1, 0, 0}, -4e-10F)), number);
+}
+
 TEST_F(FindPlaneTest, AddsAPlaneWhoseNormalDiffers) {
     const int32_t number = Find(PlaneOf({1, 0, 0}, 64));
     const auto angle = [](double radians) {
@@ -119,7 +125,7 @@ TEST_F(FindPlaneTest, RefusesANormalThatIsNotOfUnitLength) {
 int32_t FindPlaneInOrder(const CPlane& plane) {
     for (size_t i = 0; i < PlaneTable().size(); ++i) {
         const CPlane& row = PlaneTable()[i];
-        const bool isNear = std::fabs(row.dist - plane.dist) < 0.01;
+        const bool isNear = std::fabs(static_cast<double>(row.dist) - plane.dist) < 0.01;
         if (isNear && Dot(row.normal, plane.normal) > 1 - 1e-5) return static_cast<int32_t>(i);
     }
     return static_cast<int32_t>(PlaneTable().size());

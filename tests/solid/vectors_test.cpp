@@ -49,6 +49,14 @@ TEST(VectorEqual, CountsADifferenceOfTheToleranceAsEqual) {
     EXPECT_FALSE(VectorEqual({1, 2, 3}, {1.5001F, 2, 3}, 0.5));
 }
 
+TEST(VectorEqual, TakesTheDifferenceInDouble) {
+    // In 32 bits the difference would be rounded down to 0.01F.
+    EXPECT_FALSE(VectorEqual({0.01F, 0, 0}, {-4e-10F, 0, 0}, 0.01));
+    EXPECT_FALSE(VectorEqual({0, 0.01F, 0}, {0, -4e-10F, 0}, 0.01));
+    EXPECT_FALSE(VectorEqual({0, 0, 0.01F}, {0, 0, -4e-10F}, 0.01));
+    EXPECT_TRUE(VectorEqual({0.01F, 0, 0}, {-2e-10F, 0, 0}, 0.01));
+}
+
 TEST(VectorEqual, ComparesEveryAxis) {
     EXPECT_FALSE(VectorEqual({0, 0, 0}, {1, 0, 0}, 0.5));
     EXPECT_FALSE(VectorEqual({0, 0, 0}, {0, -1, 0}, 0.5));
