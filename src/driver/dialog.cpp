@@ -7,11 +7,22 @@ namespace k2k {
 
 namespace {
 
-// The settings hold a whole command string of an earlier run; the map that was named for this one stands.
+// Settings that cannot be parsed (damaged, or cut in the middle of a word) are reported, and the default ones count.
 void ParseSettings() {
     ResetOptions();
+    try {
+        ParseOptions(LoadSettings());
+    } catch (const FatalStop&) {
+        ForgetFatalError();
+        ResetOptions();
+        ParseOptions(std::string(DefaultSettings));
+    }
+}
+
+// The settings hold a whole command string of an earlier run; the map that was named for this one stands.
+void ParseSettingsForNamedMap() {
     const BuildPaths named = Paths();
-    ParseOptions(LoadSettings());
+    ParseSettings();
     if (!named.MapPath.empty()) Paths() = named;
 }
 
@@ -22,7 +33,7 @@ DialogAnswer AcceptControls(DialogControls&) {
 }
 
 std::optional<std::string> RunDialog(std::string_view oldCommand, const ShowDialog& show) {
-    ParseSettings();
+    ParseSettingsForNamedMap();
     DialogControls controls = FillControls(Options());
     const DialogAnswer answer = show(controls);
     if (answer == DialogAnswer::Cancel) return std::nullopt;

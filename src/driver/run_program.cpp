@@ -6,7 +6,6 @@
 
 #include "driver/build_log.h"
 #include "driver/build_options.h"
-#include "driver/dialog.h"
 #include "driver/out_of_memory.h"
 #include "driver/settings.h"
 #include "driver/stage_controller.h"
@@ -49,13 +48,13 @@ void PrintCommand(const std::string& command) {
     BuildLog("%s", shown.c_str());
 }
 
-int Run(std::string command, const StageEntries& stages, Display& display) {
+int Run(std::string command, const StageEntries& stages, Display& display, const ShowDialog& showDialog) {
     ForgetFatalError();
     Options().threads = GetWorkerCount();
     ResetOptions();
     ParseOptions(command);
     if (command.find("-dialog") != std::string::npos) {
-        const auto composed = RunDialog(command, AcceptControls);
+        const auto composed = RunDialog(command, showDialog);
         if (!composed) return 0;
         command = *composed;
     }
@@ -70,11 +69,12 @@ int Run(std::string command, const StageEntries& stages, Display& display) {
 
 }  // namespace
 
-int RunProgram(std::string_view commandLine, const StageEntries& stages, Display& display) {
+int RunProgram(std::string_view commandLine, const StageEntries& stages, Display& display,
+               const ShowDialog& showDialog) {
     const LogViewScope view(display);
     int exitCode = FatalStatus;
     try {
-        ReportFailures([&] { exitCode = Run(std::string(commandLine), stages, display); });
+        ReportFailures([&] { exitCode = Run(std::string(commandLine), stages, display, showDialog); });
     } catch (const FatalStop&) {
         exitCode = FatalStatus;
     } catch (const ProgramExit& exit) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "driver/dialog.h"
 #include "driver/display.h"
 
 namespace k2k {
@@ -17,7 +18,9 @@ struct StageEntries {
     int (*colours)() = nullptr;
 };
 
-// Does everything from start-up to the end of the last stage and returns ExitCode. Never throws.
-int RunProgram(std::string_view commandLine, const StageEntries& stages, Display& display);
+// Does everything from start-up to the end of the last stage and returns ExitCode. Never throws. The dialog that
+// -dialog asks for is shown by showDialog.
+int RunProgram(std::string_view commandLine, const StageEntries& stages, Display& display,
+               const ShowDialog& showDialog = AcceptControls);
 
 }  // namespace k2k

@@ -1,6 +1,7 @@
 #include "driver/settings.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <vector>
@@ -13,6 +14,8 @@ const std::string_view DefaultSettings = "-solidsky -litmapsonly -mergeacross -m
 
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr const char* FileName = "K2K.ini";
 constexpr std::string_view Section = "Map Compiler";
 constexpr std::string_view Key = "Commandline";
@@ -20,11 +23,36 @@ constexpr size_t MaxSettings = 511;
 
 using Lines = std::vector<std::string>;
 
-Lines ReadLines() {
-    std::ifstream file(FileName, std::ios::binary);
+// The lines of the file, of which there are none without a file; nothing for a file that cannot be read.
+std::optional<Lines> ReadLines() {
     Lines lines;
+    std::error_code error;
+    if (!fs::exists(FileName, error)) return lines;
+    std::ifstream file(FileName, std::ios::binary);
     for (std::string line; std::getline(file, line);) lines.push_back(line);
+    if (!file.eof()) return std::nullopt;
     return lines;
+}
+
+bool IsReadOnly() {
+    std::error_code error;
+    return fs::exists(FileName, error) && !std::fstream(FileName, std::ios::binary | std::ios::in | std::ios::out);
+}
+
+// Puts a new file in the old one's place in one step, so that a full disk loses nothing.
+void WriteLines(const Lines& lines) {
+    std::error_code error;
+    const fs::path path = fs::weakly_canonical(FileName, error);
+    const fs::path fresh = path.string() + ".new";
+    std::ofstream file(fresh, std::ios::binary | std::ios::trunc);
+    for (const std::string& each : lines) file << each << '\n';
+    file.close();
+    if (!file) {
+        fs::remove(fresh, error);
+        return;
+    }
+    if (fs::exists(path, error)) fs::permissions(fresh, fs::status(path, error).permissions(), error);
+    fs::rename(fresh, path, error);
 }
 
 std::string_view Trim(std::string_view text) {
@@ -82,7 +110,7 @@ std::string AsValue(std::string_view text) {
 }  // namespace
 
 std::string LoadSettings() {
-    Lines lines = ReadLines();
+    Lines lines = ReadLines().value_or(Lines{});
     const SectionLines section = FindSection(lines);
     const auto line = std::find_if(section.begin, section.end, IsOurKey);
     std::string_view value;
@@ -91,7 +119,9 @@ std::string LoadSettings() {
 }
 
 void SaveSettings(std::string_view text) {
-    Lines lines = ReadLines();
+    auto read = ReadLines();
+    if (!read || IsReadOnly()) return;
+    Lines& lines = *read;
     const std::string lineEnd = !lines.empty() && lines.front().ends_with('\r') ? "\r" : "";
     const std::string entry = std::string(Key) + '=' + AsValue(text) + lineEnd;
 
@@ -104,8 +134,7 @@ void SaveSettings(std::string_view text) {
     else
         lines.insert(section.begin, entry);
 
-    std::ofstream file(FileName, std::ios::binary | std::ios::trunc);
-    for (const std::string& each : lines) file << each << '\n';
+    WriteLines(lines);
 }
 
 }  // namespace k2k

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
 #include <thread>
 
 #include "driver/build_log.h"
@@ -251,6 +252,25 @@ TEST_F(ARun, WithADialogTakesTheSettings) {
     const std::string composed = LoadSettings();
     EXPECT_THAT(composed, StartsWith("-hiprec -writelog -mesh -threads "));
     EXPECT_THAT(test::ReadFile("buildlog.txt"), StartsWith("\nmap -pal x -dialog" + composed));
+}
+
+TEST_F(ARun, ShowsTheDialogThatItWasGiven) {
+    EXPECT_EQ(RunProgram("map -pal x -dialog", stages_, display_,
+                         [](DialogControls& controls) {
+                             controls[Slider::Warnings] = 2;
+                             return DialogAnswer::Ok;
+                         }),
+              0);
+    EXPECT_THAT(display_.text, HasSubstr("Report mode: VERBOSE\n"));
+    EXPECT_EQ(ran, "gvlc");
+}
+
+TEST_F(ARun, EndsWithoutAWordWhenTheDialogIsCancelled) {
+    EXPECT_EQ(RunProgram("map -pal x -dialog", stages_, display_, [](DialogControls&) { return DialogAnswer::Cancel; }),
+              0);
+    EXPECT_EQ(display_.text, "");
+    EXPECT_EQ(ran, "");
+    EXPECT_FALSE(std::filesystem::exists("K2K.ini"));
 }
 
 TEST_F(ARun, FindsTheDialogWordInsideAFileNameToo) {
