@@ -14,22 +14,25 @@ void RequireContents(const CBlockFace& face) {
     if (face.contents[0] >= 0 || face.contents[1] >= 0) FatalError("E063");
 }
 
+// Frees a tree of any depth, without recursion and without memory for a list of what is still to be freed: a front
+// child moves up into the place of its parent, which becomes its back child, until a node has none and can go.
+void FreeTree(std::unique_ptr<CBspNode> node) {
+    while (node != nullptr) {
+        std::unique_ptr<CBspNode> next = std::move(node->children[0]);
+        if (next == nullptr) {
+            next = std::move(node->children[1]);
+        } else {
+            node->children[0] = std::move(next->children[1]);
+            next->children[1] = std::move(node);
+        }
+        node = std::move(next);
+    }
+}
+
 }  // namespace
 
 CBspNode::~CBspNode() {
-    // Trees can be as deep as a level has planes: the subtree is taken apart node by node.
-    std::vector<std::unique_ptr<CBspNode>> pending;
-    const auto take = [&pending](CBspNode& node) {
-        for (std::unique_ptr<CBspNode>& child : node.children) {
-            if (child != nullptr) pending.push_back(std::move(child));
-        }
-    };
-    take(*this);
-    while (!pending.empty()) {
-        const std::unique_ptr<CBspNode> node = std::move(pending.back());
-        pending.pop_back();
-        take(*node);
-    }
+    for (std::unique_ptr<CBspNode>& child : children) FreeTree(std::move(child));
 }
 
 void CalcSurfaceInfo(CSplitSurface& surface) {

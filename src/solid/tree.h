@@ -41,7 +41,7 @@ struct CBspNode {
     int32_t occupied = 0;  // number of the entity inside the leaf
 
     CBspNode() = default;
-    ~CBspNode();  // frees the subtree without deep recursion
+    ~CBspNode();  // frees the subtree without recursion or allocation
     CBspNode(const CBspNode&) = delete;
     CBspNode& operator=(const CBspNode&) = delete;
 

@@ -313,5 +313,34 @@ TEST_F(TreePortalTest, ALongPathDoesNotEndTheFlood) {
     EXPECT_EQ(WarnCount, 1);
 }
 
+// A chain of leaves, each behind the one before, without the geometry that would make it.
+TEST_F(TreePortalTest, APathOfAMillionLeavesDoesNotEndTheFlood) {
+    constexpr int Depth = 1000000;
+    int32_t side = 0;
+    const int32_t plane = FindPlane({{1, 0, 0}, 0, 0}, side);
+    TreePortals portals;
+    portals.outside.contents = ContentsSolid;
+    CBspNode root;
+    CBspNode* node = &root;
+    CBspNode* last = &portals.outside;
+    for (int i = 0; i < Depth; ++i) {
+        for (auto& child : node->children) child = std::make_unique<CBspNode>();
+        node->planenum = plane;
+        CBspNode& leaf = *node->children[1];
+        leaf.contents = ContentsEmpty;
+        AddPortalToNodes(portals.NewPortal(plane, nullptr), *last, leaf);
+        last = &leaf;
+        node = node->children[0].get();
+    }
+    node->contents = ContentsEmpty;
+    AddPortalToNodes(portals.NewPortal(plane, nullptr), *last, *node);
+    AddEntity({});
+    AddEntity({8, 0, 0});  // in front of every plane
+    EXPECT_TRUE(FillOutside(portals, root));
+    EXPECT_EQ(WarnCount, 1) << "the walk has met it";
+    FreeTreePortals(portals, root);
+    EXPECT_EQ(node->portals, nullptr);
+}
+
 }  // namespace
 }  // namespace k2k

@@ -1,6 +1,32 @@
 #include "solid/tree.h"
 
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
 #include "solid_support.h"
+
+namespace {
+
+std::atomic<int64_t> allocationsMade{0}, allocationsLive{0};
+
+}  // namespace
+
+// All of the program's allocations are counted.
+void* operator new(size_t size) {
+    void* memory = std::malloc(size);
+    if (memory == nullptr) throw std::bad_alloc();
+    ++allocationsMade;
+    ++allocationsLive;
+    return memory;
+}
+void operator delete(void* memory) noexcept {
+    if (memory != nullptr) --allocationsLive;
+    std::free(memory);
+}
+void operator delete(void* memory, size_t /*size*/) noexcept {
+    operator delete(memory);
+}
 
 namespace k2k {
 namespace {
@@ -31,14 +57,56 @@ TEST_F(TreeTest, SurfaceInfoNeedsContentsOnBothSides) {
     }
 }
 
-TEST_F(TreeTest, FreesADeepTree) {
+// A tree of this many nodes; childOf gives the side on which each hangs below the one before.
+template <typename ChildOf>
+std::unique_ptr<CBspNode> DeepTree(int nodes, ChildOf childOf) {
     auto root = std::make_unique<CBspNode>();
     CBspNode* node = root.get();
-    for (int i = 0; i < 1000000; ++i) {
-        node->children[1] = std::make_unique<CBspNode>();
-        node = node->children[1].get();
+    for (int i = 1; i < nodes; ++i) {
+        auto& child = node->children[static_cast<size_t>(childOf(i))];
+        child = std::make_unique<CBspNode>();
+        node = child.get();
     }
-    root.reset();
+    return root;
+}
+
+TEST_F(TreeTest, FreesADeepTreeWithoutRecursionOrAllocation) {
+    constexpr int Nodes = 1000000;
+    std::vector<std::unique_ptr<CBspNode>> trees;
+    trees.push_back(DeepTree(Nodes, [](int) { return 0; }));
+    trees.push_back(DeepTree(Nodes, [](int) { return 1; }));
+    trees.push_back(DeepTree(Nodes, [](int i) { return i % 2; }));
+    for (std::unique_ptr<CBspNode>& tree : trees) {
+        const int64_t before = allocationsMade;
+        tree.reset();
+        EXPECT_EQ(allocationsMade, before);
+    }
+}
+
+TEST_F(TreeTest, FreesLongBlockListsWithoutRecursionOrAllocation) {
+    CBlockSet set;
+    for (int i = 0; i < 1000000; ++i) set.blocks.push_front(std::make_unique<CBlock>());
+    const int64_t before = allocationsMade;
+    set.blocks.clear();
+    EXPECT_EQ(allocationsMade, before);
+}
+
+TEST_F(TreeTest, FreesAllNodesAndWhatTheyHold) {
+    const int64_t before = allocationsLive;
+    {
+        CBspNode root;
+        std::vector<CBspNode*> nodes{&root};
+        for (size_t i = 0; i < 511; ++i) {
+            CBspNode& node = *nodes[i];
+            node.faces.push_front(std::make_unique<CBlockFace>());
+            node.faces.front()->points.resize(4);
+            for (auto& child : node.children) {
+                child = std::make_unique<CBspNode>();
+                nodes.push_back(child.get());
+            }
+        }
+    }
+    EXPECT_EQ(allocationsLive, before);
 }
 
 }  // namespace
