@@ -403,6 +403,42 @@ TEST_F(DetailLoop, BlocksOfEarlierPassesStayPlain) {
                            " \nChecking detail intersections ... ok \nBuilding fat hull"));
 }
 
+// A block whose detail textures make it detail, whatever its flags say.
+std::string DetailTextured(std::string block) {
+    const std::string end = " 1.000000\n";
+    const std::string tail = " : 10000 0 50 0\n";
+    for (size_t at = block.find(end); at != std::string::npos; at = block.find(end, at + tail.size())) {
+        block.replace(at + end.size() - 1, 1, tail);
+    }
+    return block;
+}
+
+TEST_F(DetailLoop, EndsWhenOnlyBlocksAreListedThatStayDetail) {
+    const std::string textured = DetailTextured(BlockText({60, 60, 12}, {100, 100, 40}));
+    EXPECT_THAT(Build(MapWith(Floating() + textured)),
+                StartsWith(" \nChecking detail intersections ... ok"
+                           "\nIntersecting detail blocks (1/1)- recompiling..."
+                           " \nChecking detail intersections ... ok"
+                           " \nWARNING: 1 intersecting detail blocks stay detail\n ok \nBuilding fat hull"));
+    LoadLevel();
+    EXPECT_EQ(Portals().regions.size(), 2U);
+}
+
+TEST_F(DetailLoop, GoesOnAsLongAsNewBlocksAreListed) {
+    // The second flagged block is listed when the first one is plain; the textured one, in a room of its own, always.
+    const std::string textured =
+        RoomText({256, 256, 256}, {384, 384, 384}) + DetailTextured(BlockText({300, 300, 252}, {340, 340, 280}));
+    const std::string beside = BlockText({70, 114, 12}, {90, 130, 40}, "ROCK", DetailFlag);
+    const std::string report = " intersecting detail blocks stay detail\n";
+    const std::string text = Build(MapWith(Intersecting() + beside + textured));
+    EXPECT_THAT(text, HasSubstr("\nIntersecting detail blocks (2/2)- recompiling..."));
+    EXPECT_THAT(text, HasSubstr("\nIntersecting detail blocks (2/1)- recompiling..."));
+    EXPECT_EQ(CountOf(text, "recompiling"), 2U);
+    EXPECT_THAT(text, HasSubstr(" ok \nWARNING: 1" + report + " ok \nBuilding fat hull"));
+    Options().quiet = true;
+    EXPECT_THAT(Build(MapWith(Floating() + textured)), Not(HasSubstr(report)));
+}
+
 TEST_F(DetailLoop, KnowsNothingOfTheBuildBefore) {
     Geometry().DetailReject = {1, 2, 3, 4, 5, 6, 7};
     EXPECT_THAT(Build(MapWith(Floating())), StartsWith(" \nChecking detail intersections ... ok ok"));
