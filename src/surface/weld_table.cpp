@@ -13,7 +13,7 @@ namespace {
 constexpr double SnapDistance = 0.001;
 // Wider than the snap on purpose: whatever else they are, points this near on every axis become one vertex.
 constexpr double WeldDistance = 0.1;
-constexpr double SearchMargin = 0.11;  // covers the rounding of 32-bit differences
+constexpr double SearchMargin = 0.11;
 constexpr int32_t CornerPlanes = 3;
 
 Vec3 SnapToWhole(Vec3 point) {
@@ -25,8 +25,8 @@ Vec3 SnapToWhole(Vec3 point) {
 }
 
 bool IsNear(const Vec3& a, const Vec3& b) {
-    return std::fabs(a[0] - b[0]) < WeldDistance && std::fabs(a[1] - b[1]) < WeldDistance &&
-           std::fabs(a[2] - b[2]) < WeldDistance;
+    const Vec3d difference = Sub(Widen(a), Widen(b));
+    return std::all_of(difference.begin(), difference.end(), [](double d) { return std::fabs(d) < WeldDistance; });
 }
 
 }  // namespace

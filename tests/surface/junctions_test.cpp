@@ -71,6 +71,18 @@ TEST_F(JunctionTest, ReversesTheFacesOfANode) {
     EXPECT_EQ(root->faces.front()->next->sourceBlock, 1);
 }
 
+TEST_F(JunctionTest, MeasuresDistancesInDouble) {
+    JunctionTable junctions(Mins, Maxs);
+    const auto upright = [&](float x) { return junctions.FindJunctionEdge({x, 8, 0}, {x, 8, 16}, 1).edge; };
+    // A hair below a thousandth apart; the difference rounded to 32 bits is a hair above.
+    const int32_t edge = upright(0x1.149214p-10F);
+    EXPECT_EQ(upright(0x1.cda6dcp-15F), edge);
+    // A hair above a hundredth, which rounds to below.
+    junctions.AddJunctionPoint(edge, 0x1.5e03f6p-9F);
+    junctions.AddJunctionPoint(edge, 0x1.9f2f12p-7F);
+    EXPECT_EQ(junctions.edges()[static_cast<size_t>(edge)].points.size(), 2U);
+}
+
 TEST_F(JunctionTest, IgnoresAPointNearerThanAHundredthToACorner) {
     auto root = MakeNode(Floor());
     AddFace(*root, MakeFace(Floor(), Rectangle(0, 0, 64, 64), 1));

@@ -29,7 +29,7 @@ class PlainEdges {
         }
         int32_t& head = vertexHeads_[hash_(point) % 8192];
         for (int32_t at = head; at >= 0; at = vertexNext_[static_cast<size_t>(at)]) {
-            const Vec3 d = Sub(point, vertices[static_cast<size_t>(at)]);
+            const Vec3d d = Sub(Widen(point), Widen(vertices[static_cast<size_t>(at)]));
             if (std::fabs(d[0]) < 0.1 && std::fabs(d[1]) < 0.1 && std::fabs(d[2]) < 0.1) return at;
         }
         vertices.push_back(point);

@@ -68,16 +68,21 @@ class PlainJunctions {
         uint32_t cell = hash_(origin);
         if (cell > 1023) cell = 1023;
         for (Line& line : chains_[cell]) {
-            if (VectorEqual(line.origin, origin, 0.001) && VectorEqual(line.dir, dir, 0.001)) return line;
+            if (IsSame(line.origin, origin) && IsSame(line.dir, dir)) return line;
         }
         chains_[cell].push_front({dir, origin, {}});
         return chains_[cell].front();
     }
 
+    static bool IsSame(const Vec3& a, const Vec3& b) {
+        const Vec3d d = Sub(Widen(a), Widen(b));
+        return std::fabs(d[0]) <= 0.001 && std::fabs(d[1]) <= 0.001 && std::fabs(d[2]) <= 0.001;
+    }
+
     static void AddPoint(Line& line, float t) {
         auto at = line.points.begin();
         for (; at != line.points.end(); ++at) {
-            if (std::fabs(t - *at) < 0.01) return;
+            if (std::fabs(static_cast<double>(t) - *at) < 0.01) return;
             if (t < *at) break;
         }
         line.points.insert(at, t);

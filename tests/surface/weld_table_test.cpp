@@ -38,6 +38,12 @@ TEST_F(WeldTest, KeepsPointsApartAtATenth) {
     EXPECT_EQ(Weld({0.6F, 100, 100}), 1);
 }
 
+TEST_F(WeldTest, MeasuresDistancesInDouble) {
+    // A hair below a tenth apart; the difference rounded to 32 bits is a hair above.
+    EXPECT_EQ(Weld({0x1.a50934p-4F, 100, 100}), 0);
+    EXPECT_EQ(Weld({0x1.6df354p-9F, 100, 100}), 0);
+}
+
 TEST_F(WeldTest, KeepsPointsApartOverACellBorder) {
     const Vec3 left{-1.15F, 100, 0};
     const Vec3 right{-1.07F, 100, 0};
