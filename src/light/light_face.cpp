@@ -38,11 +38,8 @@ void ForgetLightmap(SurfaceRecord& surface) {
 
 // The mean of the outline, one unit off the face.
 Vec3 CentreOf(const SurfaceRecord& surface, const Vec3& normal) {
-    const std::vector<Vec3> outline = ConvexOutline(SurfaceVertices(surface), normal);
-    Vec3 sum{};
-    for (const Vec3& point : outline) sum = Add(sum, point);
-    const auto count = static_cast<float>(outline.size());
-    return Add({sum[0] / count, sum[1] / count, sum[2] / count}, normal);
+    const Vec3d mean = MeanOf(ConvexOutline(SurfaceVertices(surface), normal));
+    return Narrow({mean[0] + normal[0], mean[1] + normal[1], mean[2] + normal[2]});
 }
 
 TextureAxes AxesOf(const CLightFace& face) {

@@ -10,9 +10,10 @@ namespace k2k {
 // Positions this close count as one spot.
 constexpr double SpotSize = 0.01;
 
-// Every component differs by at most eps.
+// Every component differs by at most eps; the differences are not narrowed.
 inline bool NearlyEqual(const Vec3& a, const Vec3& b, double eps) {
-    return std::fabs(a[0] - b[0]) <= eps && std::fabs(a[1] - b[1]) <= eps && std::fabs(a[2] - b[2]) <= eps;
+    const auto isNear = [&](size_t c) { return std::fabs(static_cast<double>(a[c]) - b[c]) <= eps; };
+    return isNear(0) && isNear(1) && isNear(2);
 }
 
 inline float Length(const Vec3& v) {

@@ -33,13 +33,6 @@ Vec3 EdgeVector(const PolygonInfo& polygon, size_t i) {
     return Sub(polygon.points[NextPoint(polygon, i)], polygon.points[i]);
 }
 
-Vec3 MeanPoint(const std::vector<Vec3>& points) {
-    Vec3 sum{};
-    for (const Vec3& point : points) sum = Add(sum, point);
-    const auto count = static_cast<float>(points.size());
-    return {sum[0] / count, sum[1] / count, sum[2] / count};
-}
-
 Vec3 ProjectOnPlane(const PolygonInfo& polygon, const Vec3& point) {
     return PointAlong(point, polygon.normal, -(Dot(point, polygon.normal) - polygon.dist));
 }
@@ -69,7 +62,7 @@ Vec3 FoldOverEdge(const PolygonInfo& polygon, size_t edge, const Vec3& nextNorma
 
 // The first edge that the way from the polygon's middle to p crosses.
 std::optional<size_t> CrossedEdge(const PolygonInfo& polygon, const Vec3& p) {
-    const Vec3 middle = MeanPoint(polygon.points);
+    const Vec3 middle = Narrow(MeanOf(polygon.points));
     Vec3 dir = Sub(p, middle);
     Normalize(dir);
     const Vec3 across = Cross(polygon.normal, dir);

@@ -100,6 +100,15 @@ std::vector<Vec3> ConvexOutline(const std::vector<Vec3>& points, const Vec3& nor
     return outline;
 }
 
+Vec3d MeanOf(const std::vector<Vec3>& points) {
+    Vec3d mean{};
+    for (const Vec3& point : points) {
+        for (size_t c = 0; c < 3; c++) mean[c] += point[c];
+    }
+    for (double& component : mean) component /= static_cast<double>(points.size());
+    return mean;
+}
+
 std::string TextureTitle(const Texinfo& texinfo) {
     const CTextureData& textures = Textures();
     TextureName name{};

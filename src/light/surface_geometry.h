@@ -34,6 +34,9 @@ std::vector<Vec3> SurfaceEdgeEnds(const SurfaceRecord& surface);
 // Fewer than 3 points stay as they are.
 std::vector<Vec3> ConvexOutline(const std::vector<Vec3>& points, const Vec3& normal);
 
+// Not narrowed, so that what is computed from it is rounded once.
+Vec3d MeanOf(const std::vector<Vec3>& points);
+
 // The name for messages: from the name table when that is filled, else from the image itself.
 std::string TextureTitle(const Texinfo& texinfo);
 

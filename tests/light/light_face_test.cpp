@@ -77,6 +77,23 @@ TEST_F(LightFaces, TheFloorIsMeasuredInStepsOf16) {
     EXPECT_EQ(Geometry().surfaces[Floor].lightOffset, 0xFFFFFFFF);
 }
 
+TEST_F(LightFaces, TheCentreIsRoundedOnce) {
+    TestLevel level;
+    const std::vector<Vec3> ring{{-113.2F, 0, -1.1F}, {80.6F, 0, -0.9F}, {-16.1F, 64, -1.07F}};
+    const uint32_t surface = level.Surface(ring, level.Plane({0, 0, 1}, -1), 0, level.TextureFor({0, 0, 1}));
+    const auto face = MakeLightFace(surface);
+    ASSERT_NE(face, nullptr);
+    EXPECT_EQ(face->centre[0], -16.2333336F);    // a sum in 32 bits gives -16.2333317
+    EXPECT_EQ(face->centre[2], -0.0233333502F);  // a mean in 32 bits and then one more gives -0.0233333111
+}
+
+TEST_F(LightFaces, NearPositionsAreComparedUnrounded) {
+    const Vec3 a{0, 1.20999999e-09F, 0};
+    const Vec3 b{0, -0.00999999885F, 0};  // 0.010000000055 away, which is 0.01 in 32 bits
+    EXPECT_FALSE(NearlyEqual(a, b, SpotSize));
+    EXPECT_TRUE(NearlyEqual({}, b, SpotSize));
+}
+
 TEST_F(LightFaces, ABackSideSurfaceSeesItsPlaneNegated) {
     MakeRoom();
     const auto ceiling = MakeLightFace(5);
