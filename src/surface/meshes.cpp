@@ -70,7 +70,7 @@ void NoteMeshBlock(const CBlock& block) {
 }
 
 void NoteMeshSurface(int32_t blockNumber, int32_t surface) {
-    State().MeshSurfaceTable[blockNumber].insert(surface);
+    if (surface >= 0) State().MeshSurfaceTable[blockNumber].insert(surface);
 }
 
 void MakeMeshes() {
@@ -101,6 +101,8 @@ void MakeBlockMeshes(const CBlockSet& set) {
         CMesh& mesh = AppendMesh(MeshBlockOf(block));
         const FaceList pieces = SubdivideCopy(block.faces);
         for (CBlockFace& piece : pieces) EmitPiece(piece, block.contents, mesh);
+        // A mesh has at least one row in each of its tables.
+        if (mesh.surfaces.empty()) Geometry().meshes.pop_back();
     }
 }
 

@@ -44,10 +44,10 @@ int16_t SqueezeBound(float bound);
 // -mesh: which surfaces belong to which block, and the meshes made of that.
 void ResetMeshTables();
 void NoteMeshBlock(const CBlock& block);
-void NoteMeshSurface(int32_t blockNumber, int32_t surface);
+void NoteMeshSurface(int32_t blockNumber, int32_t surface);  // nothing for a face that has no row (-1)
 void MakeMeshes();
 void RemapRegionLists();
-// A mesh for each block, without a tree.
+// A mesh for each block that has surfaces, without a tree.
 void MakeBlockMeshes(const CBlockSet& set);
 
 }  // namespace k2k

@@ -52,6 +52,13 @@ TEST_F(MeshTest, MakesNoMeshWithoutABlock) {
     EXPECT_TRUE(Geometry().meshes.empty());
 }
 
+TEST_F(MeshTest, MakesNoMeshOfFacesWithoutRows) {
+    NoteBlock(2);
+    NoteMeshSurface(2, -1);
+    MakeMeshes();
+    EXPECT_TRUE(Geometry().meshes.empty());
+}
+
 TEST_F(MeshTest, ForgetsItsTables) {
     NoteBlock(2);
     NoteMeshSurface(2, 1);
@@ -141,6 +148,23 @@ TEST_F(MeshTest, MakesAMeshOfABlockWithoutATree) {
     EXPECT_EQ(Geometry().planes.size(), 2U);
     EXPECT_EQ(set.blocks.front()->faces.size(), 2U);
     EXPECT_EQ(set.blocks.front()->faces.front()->contents[0], ContentsEmpty);
+}
+
+TEST_F(MeshTest, MakesNoMeshOfABlockWithoutSurfacesWithoutATree) {
+    CBlockSet set;
+    for (const float width : {64.0F, 0.0F}) {
+        auto block = std::make_unique<CBlock>();
+        block->maxs[0] = width;
+        if (width > 0) block->faces.push_front(MakeFace(Floor(), Rectangle(0, 0, width, 64)));
+        set.blocks.push_front(std::move(block));
+    }
+    auto sliver = std::make_unique<CBlock>();
+    sliver->faces.push_front(MakeFace(Floor(), {{0, 0, 0}, {0, 64, 0}}));
+    set.blocks.push_front(std::move(sliver));
+    MakeBlockMeshes(set);
+    ASSERT_EQ(Geometry().meshes.size(), 1U);
+    EXPECT_EQ(Geometry().meshes[0].maxs[0], 64);
+    EXPECT_EQ(Geometry().meshes[0].surfaces, (std::set<int32_t>{0}));
 }
 
 TEST_F(MeshTest, SharesEdgesBetweenBlocksWithoutATree) {
