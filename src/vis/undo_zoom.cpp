@@ -12,15 +12,15 @@ namespace k2k {
 namespace {
 
 // Towards zero; what no int32 can hold becomes the lowest one.
-int32_t Truncate(float value) {
-    constexpr float Limit = 2147483648.0F;
+int32_t Truncate(double value) {
+    constexpr double Limit = 2147483648.0;
     return value > -Limit && value < Limit ? static_cast<int32_t>(value) : std::numeric_limits<int32_t>::min();
 }
 
 template <typename T>
 T Scaled(T value, float factor) {
     if constexpr (std::is_integral_v<T>) {
-        return static_cast<T>(Truncate(static_cast<float>(value) * factor));
+        return static_cast<T>(Truncate(static_cast<double>(value) * factor));
     } else {
         return value * factor;
     }

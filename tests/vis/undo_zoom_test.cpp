@@ -49,6 +49,16 @@ TEST_F(UndoZoomTest, BoundsAreTruncatedTowardsZero) {
     EXPECT_EQ(Portals().nodes[0].maxs, (Box{1, -1, 1}));
 }
 
+// 50 times the 32-bit number next to 1 / 50 is a little less than 1, which 32 bits would round up to 1.
+TEST_F(UndoZoomTest, WholeNumbersAreTruncatedFromTheUnroundedProduct) {
+    Portals().regions.resize(1);
+    Portals().regions[0].mins = {-50, 50, 100};
+    Geometry().info.hullMaxs[0] = {-50, 50, 2147483647};
+    UndoZoom(50);
+    EXPECT_EQ(Portals().regions[0].mins, (Box{0, 0, 1}));
+    EXPECT_EQ(Geometry().info.hullMaxs[0], (std::array<int32_t, 3>{0, 0, 42949671}));
+}
+
 TEST_F(UndoZoomTest, DividesBoundsOriginAndHullBoxesOfTheInfoBlock) {
     LevelInfo& info = Geometry().info;
     info.mins = {-512, 2, 3};
