@@ -1,13 +1,19 @@
 // Steps on the road of a block that all dialects share.
 #include <algorithm>
 
+#include "driver/build_log.h"
 #include "driver/build_options.h"
+#include "mapread/face_plane.h"
 #include "mapread/file_map.h"
 
 namespace k2k {
 
 bool CFileMap::HasPrecisePlanes(int32_t blockNumber) {
     return Options().hiprec || IsMarkedForRereading(blockNumber);
+}
+
+void CFileMap::RequirePlane(const MapFace& face) const {
+    if (!HasFinitePlane(face)) FatalError("Invalid plane, block %d line %d\n", face.block - 1, line());
 }
 
 std::unique_ptr<MapBlock> CFileMap::NewBlock(bool fromVertices) const {

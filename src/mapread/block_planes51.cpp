@@ -51,6 +51,7 @@ void CFileMap51::SetPlanes(MapBlock& block, bool isMesh) {
     for (MapFace& face : block.faces) {
         if (!precise) RoundPoints(face);
         face.bad = !SetFacePlane(face, precise);
+        RequirePlane(face);
     }
     // Each face is held against those that come before it in list order, which are the later ones here.
     const std::span<const MapFace> faces = block.faces;

@@ -24,7 +24,8 @@ void SnapPrecise(MapFace& face) {
 void SnapNormalToAxis(Vec3& normal) {
     for (size_t axis = 0; axis < 3; ++axis) {
         for (const float sign : {1.0F, -1.0F}) {
-            if (std::fabs(static_cast<double>(normal[axis]) - sign) >= AxisTolerance) continue;
+            const bool isAxis = std::fabs(static_cast<double>(normal[axis]) - sign) < AxisTolerance;
+            if (!isAxis) continue;
             normal = {};
             normal[axis] = sign;
             return;
@@ -67,6 +68,11 @@ bool SetFacePlane(MapFace& face, bool precise) {
     SnapAxial(face);
     face.planeType = SignedType(face.normal);
     return spansArea;
+}
+
+bool HasFinitePlane(const MapFace& face) {
+    const auto isFinite = [](float number) { return std::isfinite(number); };
+    return std::all_of(face.normal.begin(), face.normal.end(), isFinite) && isFinite(face.dist);
 }
 
 bool ArePointsInPlane(const std::array<Vec3, 3>& points, const MapFace& face) {

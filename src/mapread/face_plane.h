@@ -12,6 +12,9 @@ void RoundPoints(MapFace& face);
 // the axes always on the one below. False when the points span no area to speak of.
 bool SetFacePlane(MapFace& face, bool precise);
 
+// False when the points were no numbers or so far out that the plane cannot be stored.
+bool HasFinitePlane(const MapFace& face);
+
 // Whether all points lie in the face's plane, within -eps.
 bool ArePointsInPlane(const std::array<Vec3, 3>& points, const MapFace& face);
 

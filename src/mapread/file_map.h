@@ -90,6 +90,8 @@ class CFileMap : public CFileBase {
     // Steps that the dialects share.
 
     bool HasPrecisePlanes(int32_t blockNumber);
+    // A plane that is no plane is fatal.
+    void RequirePlane(const MapFace& face) const;
     std::unique_ptr<MapBlock> NewBlock(bool fromVertices) const;
     void AcceptBlock(std::unique_ptr<MapBlock> block);
     // Clips every face to its block, for the bounds of both.

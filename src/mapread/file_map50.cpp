@@ -77,6 +77,7 @@ bool CFileMap50::CheckPlane(const MapBlock& block, MapFace& face, int32_t planeN
     if (!precise) RoundPoints(face);
     const bool isDuplicate = IsDuplicatePlane(block.faces, face, planeNumber);
     const bool spansArea = SetFacePlane(face, precise);
+    RequirePlane(face);
     if (!spansArea && BlockWarning(WarnFamily::W072For50)) {
         BuildLog(" \nWARNING W072: block %d - plane %d too narrow!\n", block.number - 1, planeNumber);
     }

@@ -71,11 +71,15 @@ void CFileMap51::ReadVertices(const MapBlock& block, int32_t count) {
 }
 
 float CFileMap51::ReadCoordinate(const MapBlock& block) {
-    if (!scanner_.NextToken(true)) FatalError("Invalid vertex list, block %d line %d\n", block.number - 1, line());
+    const auto requireNumber = [&](bool isNumber) {
+        if (!isNumber) FatalError("Invalid vertex list, block %d line %d\n", block.number - 1, line());
+    };
+    requireNumber(scanner_.NextToken(true));
     const float coordinate = ToFloat(token()) * Options().zoomlevel;
     if (std::fabs(coordinate) > Options().bound) {
         FatalError("Block outside level boundaries !\nUse -bound XXX to increase size !\n");
     }
+    requireNumber(std::isfinite(coordinate));
     return coordinate;
 }
 

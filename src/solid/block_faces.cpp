@@ -66,7 +66,8 @@ std::unique_ptr<CBlockFace> FaceOfPoints(const std::vector<Vec3d>& points, Block
 
 void CheckRange(const CBlockFace& face, const Vec3& point) {
     for (const float coordinate : point) {
-        if (coordinate > LargestCoordinate || coordinate < -LargestCoordinate) {
+        const bool isInRange = std::fabs(coordinate) <= LargestCoordinate;  // a coordinate that is no number is not
+        if (!isInRange) {
             FatalError("E007: Block %d out of range", face.sourceBlock - 1);
         }
     }

@@ -25,7 +25,8 @@ int32_t PlaneTypeFromNormal(const Vec3& normal);
 CPlane FlippedPlane(const CPlane& plane);
 
 // The number of the plane in the table, which is appended when no row matches; the first matching row wins. side is 1
-// when the row's normal looks against the plane's. A normal of no unit length is fatal. Numbers stay valid for the run.
+// when the row's normal looks against the plane's. A normal of no unit length and a distance that is no number are
+// fatal. Numbers stay valid for the run.
 int32_t FindPlane(const CPlane& plane, int32_t& side);
 
 // The plane table. It only grows, through all hulls and repeated reads of the map.

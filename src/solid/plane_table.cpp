@@ -39,10 +39,11 @@ CPlane NormalForm(CPlane plane) {
     return plane;
 }
 
-void RequireUnitNormal(const Vec3& normal) {
-    const double length = std::sqrt(LengthSquared(normal));
+// A plane without a distance would match no row, and grow the table at every search.
+void RequirePlane(const CPlane& plane) {
+    const double length = std::sqrt(LengthSquared(plane.normal));
     const bool isUnit = length >= 1 - UnitLengthTolerance && length <= 1 + UnitLengthTolerance;
-    if (!isUnit) FatalError(" \nE701");
+    if (!isUnit || !std::isfinite(plane.dist)) FatalError(" \nE701");
 }
 
 class PlaneLookup {
@@ -135,7 +136,7 @@ PlaneLookup& Lookup() {
 }  // namespace
 
 int32_t FindPlane(const CPlane& plane, int32_t& side) {
-    RequireUnitNormal(plane.normal);
+    RequirePlane(plane);
     const CPlane form = NormalForm(plane);
     side = Dot(form.normal, plane.normal) <= 0 ? 1 : 0;
     return Lookup().FindOrAdd(form);

@@ -92,6 +92,33 @@ TEST_F(Block50, BracketsOfAPointMustBeThere) {
     ExpectFatalRead("{\n{\n( 1 0 0 ) \n", "Block 0 invalid syntax\n");
 }
 
+TEST_F(Block50, PointsMustBeNumbers) {
+    const std::string message = "Invalid plane, block 1 line " + FaceLine + "\n";
+    const std::string behind = " WALL 0 0 0 1 1";
+    for (const char* bad : {"nan", "-nan", "inf", "-inf", "1e39", "-1e39"}) {
+        for (const char* points : {"( X 0 0 ) ( 0 0 0 ) ( 0 1 0 )", "( 1 0 0 ) ( 0 X 0 ) ( 0 1 0 )",
+                                   "( 1 0 0 ) ( 0 0 0 ) ( 0 1 X )", "( 1 0 X ) ( 0 0 X ) ( 0 1 X )"}) {
+            std::string face = points + behind;
+            for (size_t at = face.find('X'); at != std::string::npos; at = face.find('X')) face.replace(at, 1, bad);
+            ExpectFatalFace(face, message);
+        }
+    }
+    Options().hiprec = false;
+    ExpectFatalFace("( nan 0 0 ) ( 0 0 0 ) ( 0 1 0 )" + behind, message);
+}
+
+TEST_F(Block50, PlanesMustHaveADistance) {
+    ExpectFatalFace("( 3e38 1e38 3e38 ) ( 3e38 3e38 1e38 ) ( 1e38 3e38 3e38 ) WALL 0 0 0 1 1",
+                    "Invalid plane, block 1 line " + FaceLine + "\n");
+}
+
+TEST_F(Block50, FarOutsideTheWorldEnclosesNoVolume) {
+    Read(Level(Box50(0, 1e30) + Box50(1e30, 2e30) + Box50(-1e30, 1e30) + Box50(0, 64)));
+    EXPECT_EQ(Blocks().size(), 1U);
+    EXPECT_EQ(TakeLoggedText(), "\nWARNING W075: Invalid brush 0 - not a volume !\n");
+    EXPECT_EQ(WarnCount, 3);
+}
+
 TEST_F(Block50, MappingSharesTheLineOfTheLastPoint) {
     const std::string points = "( 1 0 0 ) ( 0 0 0 ) ( 0 1 0 )";
     ExpectFatalFace(points + "\nWALL 0 0 0 1 1", " \nInvalid line " + FaceLine);

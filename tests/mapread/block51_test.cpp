@@ -110,6 +110,28 @@ TEST_F(Block51, VerticesMayNotRunOut) {
     ExpectFatalBlock("vertices 8\nfaces 6\n0 0 0\n1 1\n", "Invalid vertex list, block 1 line 27\n");
 }
 
+TEST_F(Block51, VerticesMustBeNumbers) {
+    const std::string head = "vertices 8\nfaces 6\n0 0 0\n";
+    for (const char* vertex : {"nan 0 0\n", "0 -nan 0\n", "0 0 nan\n"}) {
+        ExpectFatalBlock(head + vertex, "Invalid vertex list, block 1 line 26\n");
+    }
+    const std::string outside = "Block outside level boundaries !\nUse -bound XXX to increase size !\n";
+    for (const char* vertex : {"inf 0 0\n", "0 -inf 0\n", "0 0 1e39\n", "1e30 0 0\n"}) {
+        ExpectFatalBlock(head + vertex, outside);
+    }
+    Options().bound = std::numeric_limits<float>::infinity();
+    ExpectFatalRead(Head + "{\n" + head + "inf 0 0\n", "Invalid vertex list, block 0 line 7\n");
+}
+
+TEST_F(Block51, PlanesMustHaveADistance) {
+    Options().bound = 3e38F;
+    const std::string vertices = "vertices 3\nfaces 4\n3e38 1e38 3e38\n3e38 3e38 1e38\n1e38 3e38 3e38\n";
+    for (const char* flags : {"0", "100000"}) {
+        const std::string group = std::string("{ ") + flags + " ndef }\n";
+        ExpectFatalBlock(vertices + group + "3 0 1 2 : WALL " + Vectors + "\n}\n", "Invalid plane, block 1 line 30\n");
+    }
+}
+
 TEST_F(Block51, VerticesAreZoomed) {
     Options().zoomlevel = 1.5F;
     ReadBlocks(Box51(0, 64));

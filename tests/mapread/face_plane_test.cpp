@@ -57,6 +57,34 @@ TEST_F(FacePlane, LooksOutOfATurnToTheLeft) {
     EXPECT_EQ(face.planeType, -1);
 }
 
+TEST_F(FacePlane, OfPointsThatAreNoNumbersIsNotFinite) {
+    for (const float bad : {NAN, INFINITY, -INFINITY}) {
+        for (size_t point = 0; point < 3; ++point) {
+            for (size_t axis = 0; axis < 3; ++axis) {
+                MapFace face = Floor(8);
+                EXPECT_TRUE(SetFacePlane(face, true));
+                EXPECT_TRUE(HasFinitePlane(face));
+                face.points[point][axis] = bad;
+                SetFacePlane(face, true);
+                EXPECT_FALSE(HasFinitePlane(face)) << bad << " at " << point << ' ' << axis;
+                EXPECT_TRUE(std::isnan(face.normal[0])) << "no axis";
+            }
+        }
+    }
+}
+
+TEST_F(FacePlane, BeyondAllDistancesIsNotFinite) {
+    // The middle of the slope is 3e38 from the origin on each axis.
+    constexpr float Far = 3e38F;
+    MapFace face;
+    face.points = {{{Far / 2, Far, Far}, {Far, Far, Far}, {Far, Far / 2, Far}}};
+    SetFacePlane(face, false);
+    EXPECT_TRUE(HasFinitePlane(face));
+    face.points = {{{Far, Far / 2, Far}, {Far, Far, Far / 2}, {Far / 2, Far, Far}}};
+    SetFacePlane(face, false);
+    EXPECT_FALSE(HasFinitePlane(face)) << face.dist;
+}
+
 TEST_F(FacePlane, NormalNextToAnAxisBecomesTheAxis) {
     // An incline of 4 in 1000: the component differs from 1 by 8e-6.
     MapFace face;

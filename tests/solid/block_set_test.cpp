@@ -237,6 +237,16 @@ TEST_F(CheckFaceTest, NeedsThreePoints) {
     test::ExpectFatal([] { CheckFace(*Floor({{-8, 8, 0}, {8, 8, 0}}), 0); }, " \nSurface: 2 vertices");
 }
 
+TEST_F(CheckFaceTest, RefusesCoordinatesThatAreNoNumbers) {
+    for (const float bad : {NAN, INFINITY, -INFINITY, 1000000.0F, -1000000.0F}) {
+        for (size_t axis = 0; axis < 3; ++axis) {
+            auto face = Floor({{-8, 8, 0}, {8, 8, 0}, {8, -8, 0}, {-8, -8, 0}});
+            face->points[2][axis] = bad;
+            test::ExpectFatal([&] { CheckFace(*face, 0); }, "E007: Block 4 out of range");
+        }
+    }
+}
+
 TEST_F(CheckFaceTest, W010ShowsTheInternalNumberAndW011TheEditors) {
     CheckFace(*Bent(), 0);
     EXPECT_EQ(Logged(), " \nWARNING W010: block 5 - vertex out of plane!\n");

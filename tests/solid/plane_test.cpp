@@ -121,6 +121,15 @@ TEST_F(FindPlaneTest, RefusesANormalThatIsNotOfUnitLength) {
     FindPlane(PlaneOf({1.000005F, 0, 0}, 0), side);
 }
 
+TEST_F(FindPlaneTest, RefusesAPlaneWithoutADistance) {
+    int32_t side = 0;
+    for (const float dist : {NAN, INFINITY, -INFINITY}) {
+        test::ExpectFatal([&] { FindPlane(PlaneOf({1, 0, 0}, dist), side); }, " \nE701");
+    }
+    EXPECT_TRUE(PlaneTable().empty());
+    FindPlane(PlaneOf({1, 0, 0}, 3e38F), side);
+}
+
 // The lookup as it is meant: the table from its first row on.
 int32_t FindPlaneInOrder(const CPlane& plane) {
     for (size_t i = 0; i < PlaneTable().size(); ++i) {
