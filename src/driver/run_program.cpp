@@ -7,6 +7,7 @@
 #include "driver/build_log.h"
 #include "driver/build_options.h"
 #include "driver/out_of_memory.h"
+#include "driver/process_setup.h"
 #include "driver/settings.h"
 #include "driver/stage_controller.h"
 
@@ -71,6 +72,7 @@ int Run(std::string command, const StageEntries& stages, Display& display, const
 
 int RunProgram(std::string_view commandLine, const StageEntries& stages, Display& display,
                const ShowDialog& showDialog) {
+    SetUpProcess();
     const LogViewScope view(display);
     int exitCode = FatalStatus;
     try {

@@ -1,10 +1,15 @@
 #include "driver/run_program.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <clocale>
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <thread>
 
@@ -68,6 +73,38 @@ TEST_F(ARun, PrintsItsBannerAndItsTime) {
     EXPECT_EQ(display_.text,
               "KMS to KLV Compiler V7.01 (KLV6 BSP) [CPUs: 3]\n Report mode: DEFAULT\n \nTime:   0.0 sec\n\n ");
     EXPECT_EQ(display_.beeps, 1);
+}
+
+TEST_F(ARun, TakesTheDescriptorsOfClosedStandardStreams) {
+    const int kept = dup(STDIN_FILENO);
+    close(STDIN_FILENO);
+    Run("map -pal x");
+    test::WriteFile("level", "");
+    const int file = open("level", O_RDONLY);
+    EXPECT_GT(file, STDERR_FILENO);
+    close(file);
+    if (kept < 0) return;
+    dup2(kept, STDIN_FILENO);
+    close(kept);
+}
+
+TEST_F(ARun, BearsAFileThatPassesTheSystemsLimit) {
+    std::signal(SIGXFSZ, SIG_DFL);
+    Run("map -pal x");
+    EXPECT_EQ(std::signal(SIGXFSZ, SIG_DFL), SIG_IGN);
+}
+
+TEST_F(ARun, ReadsAndWritesNumbersWithAPointInAnyLocale) {
+    test::WriteFile("comma", "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
+    [[maybe_unused]] const int status = std::system("localedef -c -i comma -f UTF-8 ./xx_XX.UTF-8 >/dev/null 2>&1");
+    setenv("LOCPATH", folder_.path().c_str(), 1);
+    if (std::setlocale(LC_NUMERIC, "xx_XX.UTF-8") == nullptr) GTEST_SKIP() << "no locale can be made here";
+    ASSERT_EQ(std::strtod("1.5", nullptr), 1);
+    Run("map -pal x -zoomlevel 1.5");
+    std::setlocale(LC_ALL, "C");
+    unsetenv("LOCPATH");
+    EXPECT_EQ(Options().zoomlevel, 1.5F);
+    EXPECT_THAT(display_.text, HasSubstr("Time:   0.0 sec"));
 }
 
 TEST_F(ARun, StartsFromTheDefaults) {
