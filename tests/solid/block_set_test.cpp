@@ -161,7 +161,7 @@ TEST_F(BlockSetTest, AConcaveBlockNeedsTheMeshOption) {
     }
 }
 
-TEST_F(BlockSetTest, ASideThatTheOthersCutAwayIsWarnedOf) {
+TEST_F(BlockSetTest, ASideThatTheOthersCutAwayKeepsWhatItLastWas) {
     // The plane z = 200 lies above the top: nothing of it is in the block, and it keeps what it last was.
     auto block = BoxBlock({0, 0, 0}, {64, 64, 64}, 3);
     block->faces.push_back(MapFaceOf({0, 0, 1}, 200));

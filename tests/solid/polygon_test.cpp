@@ -26,8 +26,9 @@ PolygonRef RegularPolygon(int count, double radius) {
 
 TEST_F(PolygonTest, ClipPolygonReturnsAPolygonWhollyBehindThePlane) {
     const PolygonRef square = FloorSquare(10);
-    EXPECT_EQ(ClipPolygon(square, PlaneOf({1, 0, 0}, 20), false, Eps), square);
-    EXPECT_EQ(square.use_count(), 1);
+    const PolygonRef behind = ClipPolygon(square, PlaneOf({1, 0, 0}, 20), false, Eps);
+    EXPECT_EQ(behind, square);
+    EXPECT_EQ(square.use_count(), 2);
 }
 
 TEST_F(PolygonTest, ClipPolygonSharesAPolygonInFrontOrOnThePlane) {

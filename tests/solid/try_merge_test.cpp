@@ -49,6 +49,23 @@ TEST_F(TryMergeTest, RefusesAConcaveResult) {
     EXPECT_EQ(TryMerge(*spike, *Rect(0, 0, 8, 8)), nullptr);
 }
 
+TEST_F(TryMergeTest, ACornerIsStraightWithinAThousandth) {
+    // The upper outline, then the lower one, goes up or down by a little behind the shared edge.
+    const auto mergedPoints = [](float top, float bottom) {
+        const auto right = MakeFloorFace({{8, 8, 0}, {16, 8 + top, 0}, {16, bottom, 0}, {8, 0, 0}});
+        const auto merged = TryMerge(*Rect(0, 0, 8, 8), *right);
+        return merged == nullptr ? 0 : merged->numpoints();
+    };
+    EXPECT_EQ(mergedPoints(0.0009F, 0), 4);
+    EXPECT_EQ(mergedPoints(0.0012F, 0), 0) << "concave";
+    EXPECT_EQ(mergedPoints(-0.0009F, 0), 4);
+    EXPECT_EQ(mergedPoints(-0.0012F, 0), 5) << "convex";
+    EXPECT_EQ(mergedPoints(0, -0.0009F), 4);
+    EXPECT_EQ(mergedPoints(0, -0.0012F), 0);
+    EXPECT_EQ(mergedPoints(0, 0.0009F), 4);
+    EXPECT_EQ(mergedPoints(0, 0.0012F), 5);
+}
+
 TEST_F(TryMergeTest, NeedsTheWholeEdge) {
     EXPECT_EQ(TryMerge(*Rect(0, 0, 8, 8), *Rect(8, 0, 16, 9)), nullptr);
     EXPECT_EQ(TryMerge(*Rect(0, 0, 8, 8), *Rect(9, 0, 16, 8)), nullptr);
