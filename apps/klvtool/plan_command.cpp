@@ -46,13 +46,14 @@ std::vector<PlanPolygon> PolygonsOf(const LevelView& level, const std::vector<Fa
 }
 
 std::vector<Rgb> ColoursOfAll(const LevelView& level) {
-    std::vector<Rgb> colours;
-    for (size_t i = 0; i < level.regions.size(); i++) colours.push_back(RegionColour(i));
+    std::vector<Rgb> colours(level.regions.size());
+    for (size_t i = 0; i < colours.size(); i++) colours[i] = RegionColour(i);
     return colours;
 }
 
 std::vector<Rgb> ColoursFrom(const std::vector<bool>& visible, size_t from) {
     std::vector<Rgb> colours;
+    colours.reserve(visible.size());
     for (const bool seen : visible) colours.push_back(seen ? Visible : Hidden);
     colours[from] = Own;
     return colours;

@@ -100,7 +100,9 @@ size_t SizeOf(RecordLayout layout) {
 }
 
 void CompareTables(RecordLayout layout, std::span<const uint8_t> a, std::span<const uint8_t> b, TableDiff& diff) {
-    const size_t size = SizeOf(layout), countA = a.size() / size, countB = b.size() / size;
+    const size_t size = SizeOf(layout);
+    if (size == 0) return;
+    const size_t countA = a.size() / size, countB = b.size() / size;
     const size_t before = diff.recordsA;
     for (size_t i = 0; i < std::min(countA, countB); i++) {
         if (std::memcmp(a.data() + i * size, b.data() + i * size, size) == 0) continue;
