@@ -112,7 +112,8 @@ const OptionRow Table[] = {
     {"-nobsp", Flag{&O::nobsp}, Modes, "",
      "Stores triangle meshes without a BSP tree. Needs -mesh; turns on -nh, -noportals and -nodetail."},
     {"-mesh", Flag{&O::mesh}, Modes, "",
-     "Writes a level with meshes. A map that holds mesh blocks turns it on; updates of such a level need it too."},
+     "Writes a level with meshes. A map that holds mesh blocks turns it on, and so does a level with meshes that is "
+     "updated."},
     {"-litv2", Flag{&O::litv2}, Lighting, "",
      "Lights the level with radiosity: light that surfaces reflect counts too."},
     {"-invisibletonone", Flag{&O::invisibletonone}, Map, "",

@@ -1,9 +1,13 @@
 #include "levelfile/file_klv.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "driver/build_log.h"
 #include "driver/build_options.h"
@@ -86,6 +90,8 @@ bool CFileKLV::Load() {
         ReadSunSettings();
     }
     for (CStorable* dataSet : dataSets_) dataSet->Read(*this);
+    // Other chunks move at the next save, so the meshes have to be written again.
+    if (hasMeshes_ && GetChunkSize(Chunk::Meshes) > 0) EnableMesh();
     return true;
 }
 
@@ -100,13 +106,46 @@ void CFileKLV::ReadSunSettings() {
     Textures().lightmapSizeCode = record[sun::LightmapSizeCode];
 }
 
+// What can fail does so before the file is touched, so that a level that stands there outlives it. From then on the
+// file counts as no level until the last header is in.
 bool CFileKLV::Save() {
     if (readOnly_ || !stream_) return false;
-    WriteHeader();
+    ReserveRoom(MeasureLevel());
+    WriteUnfinishedHeader();
     for (CStorable* dataSet : dataSets_) dataSet->Write(*this);
     WriteHeader();
-    if (std::fflush(stream_.get()) != 0) FatalError("E005 - can't write file %s", name().c_str());
+    if (std::fflush(stream_.get()) != 0) CannotWrite();
     return true;
+}
+
+// The length of the level in work as a file.
+int64_t CFileKLV::MeasureLevel() {
+    measured_ = sizeof(LevelHeader);
+    for (CStorable* dataSet : dataSets_) dataSet->Write(*this);
+    return std::exchange(measured_, std::nullopt).value();
+}
+
+void CFileKLV::ReserveRoom(int64_t length) {
+    const int64_t before = FileLength();
+    const int file = fileno(stream_.get());
+    const int error = posix_fallocate(file, 0, length);
+    if (error != ENOSPC && error != EDQUOT && error != EFBIG) return;
+    // What was had of the room goes back; should that fail, the level is whole all the same.
+    if (FileLength() > before) [[maybe_unused]]
+        const int cut = ftruncate(file, before);
+    CannotWrite();
+}
+
+// Every chunk lies outside of any file, so no reader takes what stands here for a level.
+void CFileKLV::WriteUnfinishedHeader() {
+    constexpr uint32_t outside = std::numeric_limits<uint32_t>::max();
+    LevelHeader unfinished;
+    unfinished.chunks.fill({outside, outside});
+    WriteAt(0, sizeof(unfinished), &unfinished);
+}
+
+void CFileKLV::CannotWrite() const {
+    FatalError("E005 - can't write file %s", name().c_str());
 }
 
 void CFileKLV::PrintStats() {
@@ -141,14 +180,17 @@ bool CFileKLV::ReadAt(uint32_t offset, uint32_t size, void* buffer) {
 
 bool CFileKLV::WriteAt(uint32_t offset, uint32_t size, const void* buffer) {
     if (readOnly_ || !stream_) return false;
-    if (!SeekTo(offset)) return false;
-    if (std::fwrite(buffer, 1, size, stream_.get()) != size) {
-        FatalError("E005 - can't write file %s", name().c_str());
+    if (measured_) {
+        measured_ = int64_t{offset} + size;
+        return true;
     }
+    if (!SeekTo(offset)) return false;
+    if (std::fwrite(buffer, 1, size, stream_.get()) != size) CannotWrite();
     return true;
 }
 
 int64_t CFileKLV::Tell() {
+    if (measured_) return *measured_;
     return stream_ ? std::ftell(stream_.get()) : -1;
 }
 
@@ -189,9 +231,7 @@ void CFileKLV::WriteChunk(Chunk number, std::span<const std::span<const uint8_t>
     for (const auto& part : parts) size += part.size();
     const int64_t offset = size == 0 ? 0 : Tell();
     // Offsets and sizes have 32 bits in the file.
-    if (static_cast<uint64_t>(offset) + size + ChunkAlignment > std::numeric_limits<uint32_t>::max()) {
-        FatalError("E005 - can't write file %s", name().c_str());
-    }
+    if (static_cast<uint64_t>(offset) + size + ChunkAlignment > std::numeric_limits<uint32_t>::max()) CannotWrite();
     SetChunkSize(number, static_cast<int64_t>(size));
     SetChunkOffset(number, offset);
     if (size == 0) return;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -74,9 +75,10 @@ class CFileKLV : public CFileBase {
     // Opens for reading and writing; a file that is missing is created unless readOnly. Fatal when that fails.
     bool Open(bool readOnly) override;
     bool Close() override;
-    // Reads all data sets. False without a stream; a broken file is fatal.
+    // Reads all data sets. False without a stream; a broken file is fatal. A level with meshes turns on -mesh.
     virtual bool Load();
-    // Writes all data sets. False on a read-only file.
+    // Writes all data sets. False on a read-only file. A level that cannot be written is fatal: when there is no room
+    // for it, or a limit is passed, the file is left as it was.
     virtual bool Save();
     virtual void PrintStats();
 
@@ -119,6 +121,10 @@ class CFileKLV : public CFileBase {
     int64_t FileLength();
     bool SeekTo(uint32_t offset);
     void ReadSunSettings();
+    int64_t MeasureLevel();
+    void ReserveRoom(int64_t length);
+    void WriteUnfinishedHeader();
+    [[noreturn]] void CannotWrite() const;
 
     int32_t version_ = -1;
     bool hasLightmaps_ = false;
@@ -127,6 +133,7 @@ class CFileKLV : public CFileBase {
     std::unique_ptr<char[]> ioBuffer_;  // outlives the stream that it buffers
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream_{nullptr, &std::fclose};
     LevelHeader header_;
+    std::optional<int64_t> measured_;       // set while writes are counted only: where the last one ended
     std::array<CStorable*, 4> dataSets_{};  // geometry, texture, portal, entity
 };
 

@@ -47,6 +47,7 @@ struct FinalPlaneRecord {
 static_assert(sizeof(FinalPlaneRecord) == 20);
 
 constexpr uint8_t NoLightmapShift = 255;
+constexpr uint8_t MeshPagePosition = 255;  // lightX and lightY of mesh levels, whose pages are too large for them
 
 struct SurfaceRecord {
     uint16_t blockId = 0;
@@ -62,6 +63,16 @@ struct SurfaceRecord {
     uint16_t meshY() const { return static_cast<uint16_t>(lightOffset >> 16U); }
     void SetMeshPosition(uint16_t x, uint16_t y) {
         lightOffset = static_cast<uint32_t>(x) | static_cast<uint32_t>(y) << 16U;
+    }
+    // As a surface of the same level that has no lightmap.
+    void LeaveLightmapPage() {
+        lightShift = NoLightmapShift;
+        lightPage = 0;
+        if (lightX == MeshPagePosition) {
+            SetMeshPosition(0, 0);
+        } else {
+            lightX = lightY = 0;
+        }
     }
 };
 static_assert(sizeof(SurfaceRecord) == 24);

@@ -19,7 +19,6 @@ namespace {
 constexpr uint32_t MaxLevelOfMeshes = 2;  // BSP levels have no pages above level 0
 constexpr double VanishingLight = 0.0001;
 constexpr uint32_t BlankBlockSize = 289;  // bytes; twice that under -nod3dlmaps
-constexpr uint8_t NoPagePosition = 255;
 
 bool IsZero(const Vec3& colour) {
     return std::none_of(colour.begin(), colour.end(), [](float c) { return std::fabs(c) > VanishingLight; });
@@ -77,7 +76,7 @@ uint32_t AllocBlankBlock() {
 
 void PlaceSurface(SurfaceRecord& surface, const PageNode& node, size_t page) {
     if (Options().mesh) {
-        surface.lightX = surface.lightY = NoPagePosition;
+        surface.lightX = surface.lightY = MeshPagePosition;
         surface.SetMeshPosition(static_cast<uint16_t>(node.x0 + 1), static_cast<uint16_t>(node.y0 + 1));
     } else {
         surface.lightX = static_cast<uint8_t>(node.x0 + 1);
@@ -122,7 +121,7 @@ void TLightFinishing::AllocatePages(PixelPages& pixelPages, std::vector<SurfaceR
     const auto side = static_cast<size_t>(PageSizeOf(maxLevel));
     pixelPages.push_back(BlankPage(side * side, format));
     const uint32_t blankBlock = Options().mesh ? 0 : AllocBlankBlock();
-    const uint8_t position = Options().mesh ? NoPagePosition : 0;
+    const uint8_t position = Options().mesh ? MeshPagePosition : 0;
     for (SurfaceRecord& surface : surfaces) {
         surface.lightShift = NoLightmapShift;
         surface.lightPage = 0;
