@@ -45,7 +45,7 @@ LightBlock& NewLightBlock(uint32_t styleCount, uint32_t width, uint32_t height, 
 }
 
 void AddFinishedBlock(LightBlock block) {
-    if (Options().litmapsonly && !HasLight(block)) return;
+    if (Options().nod3dlmaps || (Options().litmapsonly && !HasLight(block))) return;
     const ThreadLockScope lock;
     LightBlocks().push_back(std::move(block));
 }

@@ -36,8 +36,8 @@ LightBlock MakeLightBlock(uint32_t styleCount, uint32_t width, uint32_t height, 
 // The same, appended to the list under the thread lock.
 LightBlock& NewLightBlock(uint32_t styleCount, uint32_t width, uint32_t height, uint32_t vectorCount);
 
-// Appends a block that was filled elsewhere, under the thread lock. Under -litmapsonly a block without any light is
-// dropped, and its surface stays blank.
+// Appends a block that was filled elsewhere, under the thread lock. It is dropped, and its surface stays blank, under
+// -nod3dlmaps, and under -litmapsonly when it has no light.
 void AddFinishedBlock(LightBlock block);
 
 }  // namespace k2k

@@ -62,6 +62,17 @@ TEST_F(MeshRays, TheHitAndTheLengthAreTold) {
     EXPECT_EQ(TraceShadow(up ? high : low, up ? low : high, hit, -1), 100);
 }
 
+TEST_F(MeshRays, ARayThatEndsOnATriangleIsClearWhenItsDistanceRoundsToTheLength) {
+    // The triangle is 71.7286524 away, the ray 71.7286530 long: in 32 bits, as hits are stored, that is the same.
+    TestLevel level;
+    AddSquare(50, 7);
+    const RayStructures rays;
+    const Vec3 end{-12, 3, 50};
+    EXPECT_FALSE(IsShadowed({-5, 17, 120}, end));
+    EXPECT_FALSE(IsShadowed({-5, 17, -20}, end));
+    EXPECT_NE(IsShadowed({-5, 17, 120}, {-12, 3, 49.99F}), IsShadowed({-5, 17, -20}, {-12, 3, 50.01F}));
+}
+
 TEST_F(MeshRays, TheExcludedSurfaceDoesNotBlock) {
     TestLevel level;
     AddSquare(50, 7);
