@@ -152,6 +152,40 @@ TEST_F(FilteredDetail, ANodeOnFinalPlaneZeroCountsAsALeaf) {
     EXPECT_EQ(root_->contents, ContentsDetail);
 }
 
+TEST_F(Detail, CutEdgesMoveHalfAUnitOffThePlane) {
+    // The part behind x = 0 is 0.4 wide, so what stands for it lies between -0.5 and -0.4.
+    CBspNode root;
+    const auto addChildren = [](CBspNode& node, float x) -> CBspNode& {
+        node.outputPlane = static_cast<int32_t>(Geometry().planes.size());
+        FinalPlaneRecord& plane = Geometry().planes.emplace_back();
+        plane.normal = {1, 0, 0};
+        plane.dist = x;
+        for (auto& child : node.children) {
+            child = std::make_unique<CBspNode>();
+            child->contents = ContentsEmpty;
+        }
+        return *node.children[1];
+    };
+    Geometry().planes.emplace_back();
+    CBspNode& behind = addChildren(root, 0);
+    behind.contents = 0;
+    addChildren(behind, -0.42F);
+    FaceList faces;
+    faces.push_front(Square({0, 0, 1}, {19.6F, 0, 0}, 20, detail_));
+    FilterDetailFaces(faces, root);
+    EXPECT_EQ(root.children[0]->markFaces.size(), 1U);
+    EXPECT_EQ(behind.children[0]->markFaces.size(), 0U);
+    EXPECT_EQ(behind.children[1]->markFaces.size(), 1U);
+}
+
+TEST_F(Detail, TheCheckMarksProgressAtEvery30thBlock) {
+    const CBlockSet set = BoxSet(std::vector<test::Box>(61, {{0, 0, 0}, {8, 8, 8}, ContentsSolid, detail_}));
+    StartProgress(61);
+    std::vector<int32_t> listed;
+    EXPECT_TRUE(CheckDetailMidpoints(set, listed));
+    EXPECT_EQ(TakeLoggedText(), "..");
+}
+
 TEST_F(Detail, ASurfaceWithItsMiddleInsideAndAVertexOutsideListsTheBlock) {
     EmitFloor(plain_);
     const CBlockSet set = BoxSet({{{-50, -50, 0}, {50, 50, 20}, ContentsSolid, detail_}});

@@ -179,6 +179,18 @@ TEST_F(TreeBuilding, ParallelSurfacesGoWholeToTheirSide) {
     EXPECT_NE(DivideSurface(SurfaceOf(Face({1, 0, 0}, {10.001F, 0, 0})), plane).front, nullptr);
 }
 
+TEST_F(TreeBuilding, NormalsWithinAHundredthAreParallel) {
+    const auto pieces = [this](float tilt) {
+        const Vec3 normal{std::sqrt(1 - tilt * tilt), tilt, 0};
+        return DivideSurface(SurfaceOf(Face(normal, {10, 0, 0})), {{1, 0, 0}, 10, 0});
+    };
+    const SurfacePieces whole = pieces(0.0099F);
+    EXPECT_NE(whole.front == nullptr, whole.back == nullptr);
+    const SurfacePieces cut = pieces(-0.0101F);  // the other way, so that it is no plane of before
+    EXPECT_NE(cut.front, nullptr);
+    EXPECT_NE(cut.back, nullptr);
+}
+
 TEST_F(TreeBuilding, CutFacesComeInReverseAndBoundsAreTakenAnewOnlyWhenBothSidesHoldFaces) {
     auto surface = SurfaceOf(Face({0, 0, 1}, {-20, 0, 0}), Face({0, 0, 1}, {0, 0, 0}), Face({0, 0, 1}, {40, 0, 0}));
     auto cut = DivideSurface(std::move(surface), {{1, 0, 0}, 4, 0});

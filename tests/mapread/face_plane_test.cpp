@@ -131,6 +131,16 @@ TEST_F(FacePlane, DistanceComesFromTheNormalInDouble) {
     EXPECT_GT(roundedOtherwise, 10);
 }
 
+TEST_F(FacePlane, ATenThousandthIsNoArea) {
+    MapFace face;
+    face.points = {{{0.01F, 0, 0}, {0, 0, 0}, {0, 0.0099F, 0}}};
+    EXPECT_FALSE(SetFacePlane(face, true));
+    EXPECT_EQ(face.normal, (Vec3{}));
+    face.points[2][1] = 0.0101F;
+    EXPECT_TRUE(SetFacePlane(face, true));
+    EXPECT_EQ(face.normal, (Vec3{0, 0, 1}));
+}
+
 TEST_F(FacePlane, PointsOnALineSpanNoArea) {
     MapFace face;
     face.points = {{{1, 1, 1}, {2, 2, 2}, {3, 3, 3}}};

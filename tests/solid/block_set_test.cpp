@@ -151,6 +151,8 @@ TEST_F(BlockSetTest, StandsAnyHullArgument) {
 TEST_F(BlockSetTest, SnapsCoordinatesThatAreNearlyWhole) {
     const CBlockSet set = SetOf(BoxBlock({0, 0, 0}, {63.9995F, 63.99F, 64.0009F}));
     EXPECT_EQ(set.blocks.front()->maxs, (Vec3{64, 63.99F, 64}));
+    const CBlockSet outside = SetOf(BoxBlock({0, 0, 0}, {63.9989F, 64.0011F, 63.9991F}));
+    EXPECT_EQ(outside.blocks.front()->maxs, (Vec3{63.9989F, 64.0011F, 64}));
 }
 
 TEST_F(BlockSetTest, AConcaveBlockNeedsTheMeshOption) {
@@ -258,6 +260,27 @@ TEST_F(CheckFaceTest, W010ShowsTheInternalNumberAndW011TheEditors) {
 TEST_F(CheckFaceTest, AVertexTwoUnitsOffThePlaneIsAccepted) {
     CheckFace(*Floor({{-8, 8, 2}, {8, 8, -2}, {8, -8, 0}, {-8, -8, 0}}), 0);
     EXPECT_EQ(WarnCount, 0);
+}
+
+TEST_F(CheckFaceTest, AnEdgeOfAHundredthIsNoNullEdge) {
+    const auto warnings = [](float length) {
+        WarnCount = 0;
+        CheckFace(*Floor({{-8, 8, 0}, {8, 8, 0}, {8, 8 - length, 0}, {8, -8, 0}, {-8, -8, 0}}), 0);
+        return WarnCount.load();
+    };
+    EXPECT_EQ(warnings(0.0101F), 0);
+    EXPECT_EQ(warnings(0.0099F), 1);
+}
+
+TEST_F(CheckFaceTest, AVertexMayLieBeyondAnEdgeByTheTolerance) {
+    // The ends of the dented edge lie twice as far beyond its halves as the dent is deep.
+    const auto warnings = [](float dent) {
+        WarnCount = 0;
+        CheckFace(*Floor({{-8, 8, 0}, {0, 8 - dent, 0}, {8, 8, 0}, {8, -8, 0}, {-8, -8, 0}}), 0);
+        return WarnCount.load();
+    };
+    EXPECT_EQ(warnings(0.024F), 0);
+    EXPECT_EQ(warnings(0.026F), 2);
 }
 
 TEST_F(CheckFaceTest, WarnsForEachVertexBeyondEachEdge) {

@@ -58,6 +58,12 @@ TEST(NearHull2D, MarksOnlyEverySecondPointOfARun) {
     EXPECT_EQ(HullOf(Numbered({{0, 0}, {8, 0}, {8.001F, 1}, {8, 8}, {0, 8}}), 5), (std::vector<int32_t>{0, 1, 3, 4}));
 }
 
+TEST(NearHull2D, ACornerOfAHundredthStays) {
+    EXPECT_EQ(HullOf(Numbered({{0, 0}, {8, 0}, {8.0013F, 1}, {8, 8}, {0, 8}}), 5),
+              (std::vector<int32_t>{0, 1, 2, 3, 4}));
+    EXPECT_EQ(HullOf(Numbered({{0, 0}, {8, 0}, {8.0012F, 1}, {8, 8}, {0, 8}}), 5), (std::vector<int32_t>{0, 1, 3, 4}));
+}
+
 TEST(NearHull2D, MeasuresSidesInDouble) {
     // In 32 bits point 2 would seem to lie on the line between its neighbours.
     EXPECT_EQ(
@@ -124,6 +130,10 @@ TEST(ProjectTo2D, FailsOnALine) {
     EXPECT_FALSE(ProjectTo2D({{0, 0, 0}, {4, 4, 0}, {8, 8, 0}}));
     EXPECT_FALSE(ProjectTo2D({{0, 0, 0}, {100, 0, 0}, {50, 1, 0}})) << "directions with a dot product above 0.99";
     EXPECT_FALSE(ProjectTo2D({{0, 0, 0}, {0.1F, 0, 0}, {0, 0.1F, 0}})) << "differences too short";
+    EXPECT_FALSE(ProjectTo2D({{0, 0, 0}, {0.315F, 0, 0}, {0, 0.315F, 0}})) << "one difference of 0.1 squared";
+    EXPECT_TRUE(ProjectTo2D({{0, 0, 0}, {0.317F, 0, 0}, {0, 0.317F, 0}}));
+    EXPECT_FALSE(ProjectTo2D({{0, 0, 0}, {100, 0, 0}, {50, 7.1F, 0}})) << "a dot product of 0.9901";
+    EXPECT_TRUE(ProjectTo2D({{0, 0, 0}, {100, 0, 0}, {50, 7.15F, 0}}));
     EXPECT_FALSE(ProjectTo2D({}));
 }
 
