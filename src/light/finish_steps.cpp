@@ -46,8 +46,9 @@ double Compress(double brightness) {
     double y = brightness;
     if (knee < y) {
         const double span = Lighting().ExposureReference - knee;
-        // Without a reference above the knee every bright texel counts as being at it.
-        double x = span == 0 ? 1 : (y - knee) / span;
+        // Only bright texels make a reference, so without one nothing tells how bright this one is: it counts as being
+        // at the reference.
+        double x = span > 0 ? (y - knee) / span : 1;
         x = std::min(x, 1.0);
         x = 1 - x;
         x = x * x;
@@ -92,8 +93,8 @@ bool FinishCompressed(const LightPage& page, const PageNode& node, std::span<uin
     WriteBlock(page, node, pixels, [&](const Vec3& colour, uint8_t* out) {
         const float m = *std::max_element(colour.begin(), colour.end());
         const auto y = static_cast<float>(Compress(m));
-        // A black texel gives no number here, and so 0.
-        for (size_t c = 0; c < 3; c++) out[c] = gamma[TruncToByte(y * colour[c] / m)];
+        // A black texel gives no number here, and so 0. In double: whole numbers must not be missed by rounding.
+        for (size_t c = 0; c < 3; c++) out[c] = gamma[TruncToByte(static_cast<double>(y) * colour[c] / m)];
     });
     return true;
 }

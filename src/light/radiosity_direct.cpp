@@ -20,36 +20,48 @@ constexpr int RefinePasses = 4;
 constexpr double RefineContrast = 0.015625;
 constexpr double BrightnessPower = 0.45454545454545453;
 
-// Leaves out the lights that certainly give nothing to points of a surface.
+// Leaves out the lights that certainly give nothing to the places where a surface is sampled. Skewed texture axes carry
+// those away from the surface, and even out of its plane.
 class LightPicker {
   public:
     explicit LightPicker(const FaceLight& face) : info_(face.info) {
-        // Fragments are sampled up to 0.375 texels from their middle; the rest is for rounding.
-        Vec3 reach;
+        const auto& [s, t] = info_.texToWorld;
         for (size_t c = 0; c < 3; c++) {
-            const double perTexel = std::fabs(info_.texToWorld[0][c]) + std::fabs(info_.texToWorld[1][c]);
-            reach[c] = static_cast<float>(16 * 0.376 * perTexel) + RoundingReach;
+            reach_[c] = static_cast<float>(RefineReach * (std::fabs(s[c]) + std::fabs(t[c]))) + RoundingReach;
         }
+        heightReach_ = RefineReach * (std::fabs(Dot(s, info_.normal)) + std::fabs(Dot(t, info_.normal)));
         bounds_ = {face.fragments[0].position, face.fragments[0].position};
+        lowest_ = Dot(face.fragments[0].position, info_.normal);
         for (const SampleFragment& fragment : face.fragments) {
-            bounds_.Add(Sub(fragment.position, reach));
-            bounds_.Add(Add(fragment.position, reach));
+            AddPlace(fragment.position);
+            // The middle of the points at which the fragment is sampled again.
+            const LightmapPoint middle = WorldToLightmap(info_, fragment.position);
+            AddPlace(LightmapToWorld(info_, middle.u, middle.v));
         }
     }
 
     bool CanReach(const DirectLight& light) const {
         if (light.type == DirectLightType::Sun) return !info_.flat || Dot(light.normal, info_.normal) < 0;
-        // Normals of a flat face differ by too little to matter at this distance behind its plane.
-        if (info_.flat && Dot(light.origin, info_.normal) - info_.planeDist < -RoundingReach) return false;
+        if (info_.flat && Dot(light.origin, info_.normal) < lowest_ - RoundingReach) return false;
         if (light.type == DirectLightType::Surface) return true;
         return !bounds_.IsBeyond(light.origin, light.intensity);
     }
 
   private:
     static constexpr float RoundingReach = 0.1F;
+    static constexpr double RefineReach = 16 * 0.376;  // of the new samples from their middle, up to 0.375 texels
+
+    void AddPlace(const Vec3& position) {
+        bounds_.Add(Sub(position, reach_));
+        bounds_.Add(Add(position, reach_));
+        lowest_ = std::min(lowest_, Dot(position, info_.normal) - heightReach_);
+    }
 
     const FaceInfo& info_;
+    Vec3 reach_{};
+    double heightReach_ = 0;
     SampleBounds bounds_;
+    double lowest_ = 0;  // along the normal
 };
 
 // Lights one surface.

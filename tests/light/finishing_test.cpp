@@ -123,10 +123,25 @@ TEST_F(Finishing, CompressionKeepsColoursUpToTheKnee) {
 }
 
 TEST_F(Finishing, WithoutAReferenceBrightTexelsCountAsBeingAtIt) {
-    Lighting().ExposureReference = 98;
-    AddBlock(1, 1, {120, 60, 0});
+    for (const double reference : {0.0, 98.0}) {
+        LightBlocks().clear();
+        surfaces_.clear();
+        Lighting().ExposureReference = reference;
+        AddBlock(1, 1, {120, 60, 0});
+        Run(1);
+        EXPECT_EQ(Texel(1, 1, 1), (Bytes{196, 98, 0})) << reference;
+    }
+}
+
+TEST_F(Finishing, CompressedTexelsAreComputedInDouble) {
+    // A 32-bit product rounds up to the next whole number here.
+    Lighting().ExposureReference = 298;
+    LightBlock& block = AddBlock(2, 1, {});
+    block.texels[0] = {101.71875F, 88.09375F, 0};
+    block.texels[1] = {232.875F, 58.96875F, 0};
     Run(1);
-    EXPECT_EQ(Texel(1, 1, 1), (Bytes{196, 98, 0}));
+    EXPECT_EQ(Texel(1, 1, 1)[1], 87);
+    EXPECT_EQ(Texel(1, 2, 1)[1], 46);
 }
 
 TEST_F(Finishing, UnknownFormatsAndStepsAreFatal) {
