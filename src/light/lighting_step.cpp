@@ -1,9 +1,12 @@
 #include "light/lighting_step.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <string>
 
+#include "driver/build_log.h"
 #include "driver/build_options.h"
 #include "driver/text.h"
 #include "levelfile/entity_data.h"
@@ -35,6 +38,14 @@ void LightLevel(const LightingRoad& road) {
     road.lightLevel();
 }
 
+// The objects of the map in place of the level's own. Without a level there is nothing to light.
+void RenewObjects() {
+    const std::string& path = Paths().LevelPath;
+    if (!IsThere(path)) FatalError("Can't open %s - %s", path.c_str(), std::strerror(ENOENT));
+    ReadMap(true);
+    UpdateObjects();
+}
+
 // The level on disk, relit.
 void UpdateLevel(const LightingRoad& road) {
     CFileKLV file(Paths().LevelPath);
@@ -60,10 +71,7 @@ int RunLightingRoad(const LightingRoad& road) {
     if (Paths().LevelPath.empty()) return -1;
     ClearDataSets();
     Paths().EntPath = EntPathOf(Paths().LevelPath);
-    if (options.lightsonly) {
-        ReadMap(true);
-        UpdateObjects();
-    }
+    if (options.lightsonly) RenewObjects();
     ClearEntities();
     if (IsThere(Paths().LevelPath)) UpdateLevel(road);
     ClearEntities();

@@ -165,6 +165,11 @@ TEST_F(Mistakes, ALevelThatCannotBeWritten) {
     EXPECT_TRUE(fs::exists("level.klv/full"));
 }
 
+TEST_F(Mistakes, LightsonlyWithoutALevel) {
+    EXPECT_EQ(FailureOf({"-lightsonly"}), "Can't open level.klv - No such file or directory");
+    EXPECT_FALSE(fs::exists("level.klv"));
+}
+
 class LevelsToUpdate : public Mistakes {
   protected:
     // A level that cannot be read is left as it is.
