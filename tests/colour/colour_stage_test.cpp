@@ -72,6 +72,12 @@ TEST_F(TheColourStage, SaysNoOkWhereTheLevelCannotBeRead) {
     EXPECT_EQ(test::Logged(), "\nWriting KLV file ...");
 }
 
+TEST_F(TheColourStage, MakesNoLevelWhereTheOldOneHasGone) {
+    ParseOptions("map -pal game");
+    test::ExpectFatal([] { RunColourStage(); }, "Can't open map.klv - No such file or directory");
+    EXPECT_FALSE(std::filesystem::exists("map.klv"));
+}
+
 TEST_F(TheColourStage, LeavesThePaletteAloneWithNoTables) {
     SaveLevel({1, 2, 3});
     ParseOptions("map -pal missing -notables");
