@@ -148,6 +148,22 @@ TEST_F(MeshLevels, KeepTheirMeshesByteByByteAtFurtherSaves) {
     }
 }
 
+TEST_F(MeshLevels, StayMeshLevelsWhenTheyAreUpdatedWithoutTheOption) {
+    const std::string map = "level";
+    WriteFile("level.$$M", OneRoom().Light({64, 64, 64}, {200, 100, 50}, 300).Text());
+    WriteFile("textures.$$w", SmallTextures());
+    WriteFile("palette.raw", std::string(768, 'p'));
+    const LevelView built = CompileLevel(map, {"-mesh"}).level;
+    ASSERT_FALSE(built.meshes.empty());
+    for (const char* update : {"-entsonly", "-texsonly", "-lightsonly"}) {
+        const LevelView updated = CompileLevel(map, {update}).level;
+        EXPECT_EQ(FaultsOf(updated), "") << update;
+        for (const int chunk : {1, 3, 5, 7, 11, 12, 13, 16, MeshChunk}) {
+            EXPECT_TRUE(Bytes(updated, chunk) == Bytes(built, chunk)) << update << ", chunk " << chunk;
+        }
+    }
+}
+
 TEST_F(MeshLevels, NewLightsMoveLightmapCoordinatesAlone) {
     const LevelView built = Gallery();
     const LevelView relit = Gallery({"-lightsonly", "-litres", "2"});
