@@ -183,5 +183,17 @@ TEST_F(Scanning, StartsAgainOnAnotherText) {
     EXPECT_EQ(scanner_.line(), 1);
 }
 
+// Tokens cost what they are long, wherever they stand: anything that looks at the rest of the text would take minutes.
+TEST(Scanning, TakesALargeTextTokenByToken) {
+    constexpr int Tokens = 1'000'000;
+    std::string text;
+    for (int i = 0; i < Tokens; ++i) text += "1.5 ";
+    TokenScanner scanner;
+    scanner.Start(text.c_str(), text.size());
+    float sum = 0;
+    while (scanner.NextToken(true)) sum += ToFloat(scanner.view());
+    EXPECT_EQ(sum, 1.5F * Tokens);
+}
+
 }  // namespace
 }  // namespace k2k
