@@ -184,7 +184,7 @@ TEST_F(Scanning, StartsAgainOnAnotherText) {
 }
 
 // Tokens cost what they are long, wherever they stand: anything that looks at the rest of the text would take minutes.
-TEST(Scanning, TakesALargeTextTokenByToken) {
+TEST_F(Scanning, TakesALargeTextTokenByToken) {
     constexpr int Tokens = 1'000'000;
     std::string text;
     for (int i = 0; i < Tokens; ++i) text += "1.5 ";
