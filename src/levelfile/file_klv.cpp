@@ -1,11 +1,11 @@
 #include "levelfile/file_klv.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <limits>
 #include <utility>
 
@@ -76,6 +76,7 @@ bool CFileKLV::Close() {
     const bool closed = !stream_ || std::fclose(stream_.release()) == 0;
     ioBuffer_.reset();
     header_ = {};
+    measured_.reset();
     return closed;
 }
 
@@ -127,12 +128,11 @@ int64_t CFileKLV::MeasureLevel() {
 
 void CFileKLV::ReserveRoom(int64_t length) {
     const int64_t before = FileLength();
-    const int file = fileno(stream_.get());
-    const int error = posix_fallocate(file, 0, length);
+    const int error = posix_fallocate(fileno(stream_.get()), 0, length);
     if (error != ENOSPC && error != EDQUOT && error != EFBIG) return;
     // What was had of the room goes back; should that fail, the level is whole all the same.
-    if (FileLength() > before) [[maybe_unused]]
-        const int cut = ftruncate(file, before);
+    std::error_code ignored;
+    if (FileLength() > before) std::filesystem::resize_file(name(), static_cast<uintmax_t>(before), ignored);
     CannotWrite();
 }
 
