@@ -111,11 +111,14 @@ void CFileKLV::ReadSunSettings() {
 // file counts as no level until the last header is in.
 bool CFileKLV::Save() {
     if (readOnly_ || !stream_) return false;
-    ReserveRoom(MeasureLevel());
+    const int64_t length = MeasureLevel();
+    // Fresh room is all zeros, which would read as a level without content.
+    if (FileLength() == 0) WriteUnfinishedHeader();
+    ReserveRoom(length);
     WriteUnfinishedHeader();
     for (CStorable* dataSet : dataSets_) dataSet->Write(*this);
     WriteHeader();
-    if (std::fflush(stream_.get()) != 0) CannotWrite();
+    Flush();
     return true;
 }
 
@@ -142,6 +145,11 @@ void CFileKLV::WriteUnfinishedHeader() {
     LevelHeader unfinished;
     unfinished.chunks.fill({outside, outside});
     WriteAt(0, sizeof(unfinished), &unfinished);
+    Flush();
+}
+
+void CFileKLV::Flush() {
+    if (std::fflush(stream_.get()) != 0) CannotWrite();
 }
 
 void CFileKLV::CannotWrite() const {

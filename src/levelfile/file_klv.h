@@ -124,6 +124,7 @@ class CFileKLV : public CFileBase {
     int64_t MeasureLevel();
     void ReserveRoom(int64_t length);
     void WriteUnfinishedHeader();
+    void Flush();
     [[noreturn]] void CannotWrite() const;
 
     int32_t version_ = -1;

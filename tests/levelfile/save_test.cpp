@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 
 #include <csignal>
+#include <optional>
 
 #include "levelfile/bytes.h"
 #include "levelfile/file_klv.h"
@@ -15,14 +16,16 @@ namespace {
 
 using namespace test;
 
-// Ends like a killed process: everything up to a number of writes reaches the file.
+// Stops in front of a write, and keeps what is on disk at that moment.
 class InterruptedFile : public CFileKLV {
   public:
     InterruptedFile(const std::string& path, int writes) : CFileKLV(path), writesLeft_(writes) {}
     bool WriteAt(uint32_t offset, uint32_t size, const void* buffer) override {
-        if (writesLeft_-- == 0) throw FatalStop("interrupted");
-        return CFileKLV::WriteAt(offset, size, buffer);
+        if (writesLeft_-- > 0) return CFileKLV::WriteAt(offset, size, buffer);
+        onDisk = ReadBytes(name());
+        throw FatalStop("interrupted");
     }
+    std::vector<uint8_t> onDisk;
 
   private:
     int writesLeft_;
@@ -54,44 +57,64 @@ class Saves : public LevelState {
     Saves() {
         Textures().paletteLump = {1, 2, 3};
         old_ = Saved();
-        Textures().blob.assign(5000, 7);
+        FillLevel();
+    }
+    static void FillLevel() {
+        Textures().paletteLump = {1, 2, 3};
+        Textures().blob.assign(50000, 7);
         Geometry().vertices.resize(100);
     }
 
-    bool Interrupted(int writes) const {
+    // What is on disk when the save of the level in work over a file ends before a number of writes; nothing when it
+    // comes to its end.
+    std::optional<std::vector<uint8_t>> LeftOf(const std::vector<uint8_t>& before, int writes) const {
+        WriteFile(LevelPath(), before);
+        if (before.empty()) std::filesystem::remove(LevelPath());
         InterruptedFile file(LevelPath(), writes);
         EXPECT_TRUE(file.Open(false));
         try {
-            return !file.Save();
+            EXPECT_TRUE(file.Save());
+            return std::nullopt;
         } catch (const FatalStop&) {
-            return true;
+            return file.onDisk;
         }
+    }
+
+    void ExpectNoLevel(const std::vector<uint8_t>& bytes, int writes) const {
+        const std::string path = folder_.File("left.klv");
+        WriteFile(path, bytes);
+        CFileKLV file(path);
+        if (file.Open(false)) ExpectFatal([&] { file.Load(); }, " \nInvalid KLV file format");
+        EXPECT_FALSE(HasFailure()) << "left after writes: " << writes;
+        FillLevel();
     }
 
     std::vector<uint8_t> old_;
 };
 
 TEST_F(Saves, LeaveTheOldLevelOrNoneWhereverTheyAreInterrupted) {
-    int keptOld = 0, leftNone = 0, writes = 0;
-    while (Interrupted(writes++)) {
-        const std::vector<uint8_t> left = ReadBytes(LevelPath());
-        CFileKLV file(LevelPath());
-        ASSERT_TRUE(file.Open(false));
-        if (std::equal(old_.begin(), old_.end(), left.begin())) {
+    int keptOld = 0, leftNone = 0;
+    for (int writes = 0; const auto left = LeftOf(old_, writes); ++writes) {
+        if (std::equal(old_.begin(), old_.end(), left->begin())) {
             ++keptOld;
         } else {
-            EXPECT_EQ(FatalText([&] { file.Load(); }), " \nInvalid KLV file format") << "after writes: " << writes - 1;
+            ExpectNoLevel(*left, writes);
             ++leftNone;
         }
-        Textures().paletteLump = {1, 2, 3};
-        Textures().blob.assign(5000, 7);
-        Geometry().vertices.resize(100);
-        WriteFile(LevelPath(), old_);
     }
     EXPECT_GT(keptOld, 0);
     EXPECT_GT(leftNone, 5) << "some writes of chunks";
     const std::vector<uint8_t> inPlace = ReadBytes(LevelPath());
     EXPECT_EQ(inPlace, Saved()) << "as in a fresh file";
+}
+
+TEST_F(Saves, OfFreshFilesLeaveNoLevelWhereverTheyAreInterrupted) {
+    int leftNone = 0;
+    for (int writes = 0; const auto left = LeftOf({}, writes); ++writes) {
+        ExpectNoLevel(*left, writes);
+        ++leftNone;
+    }
+    EXPECT_GT(leftNone, 5);
 }
 
 TEST_F(Saves, WithoutRoomLeaveTheOldLevel) {
