@@ -218,5 +218,30 @@ TEST_F(ApplyLightTest, RaysAreCastOnlyForWhatCouldBeLit) {
     EXPECT_EQ(TakeRayCount(), inRange);
 }
 
+TEST_F(ApplyLightTest, SmoothNormalsAreFoundOnceForAllLights) {
+    TestLevel level;
+    level.RoomTree(SmallRoom);
+    const uint32_t floor = level.Quad(2, 0, true, {-32, -32, 0}, {32, 32, 0}, TexturePhong);
+    level.Light({0, 0, 100}, 300, {50, 50, 50});
+    OpenLighting();
+    SetDirectLights();
+    const RayStructures rays;
+    const CPhongTable smooth;
+    FaceScratch scratch(smooth, PlaneFlips::Refuse);
+    const auto face = MakeLightFace(floor);
+    face->BuildSamples(CoarseStep, scratch);
+    face->ApplyLight(Lighting().ActiveLights[0], scratch);
+    ASSERT_EQ(scratch.samples.smoothSpots.size(), scratch.samples.positions.size());
+    // The next light takes what is kept: turned away, nothing is lit any more.
+    for (LightSpot& spot : scratch.samples.smoothSpots) spot.normal = {0, 0, -1};
+    const std::vector<Vec3> before = scratch.samples.colours;
+    face->ApplyLight(Lighting().ActiveLights[0], scratch);
+    EXPECT_EQ(scratch.samples.colours, before);
+    // A new sample set has normals of its own.
+    face->BuildSamples(CoarseStep, scratch);
+    face->ApplyLight(Lighting().ActiveLights[0], scratch);
+    EXPECT_EQ(scratch.samples.colours, before);
+}
+
 }  // namespace
 }  // namespace k2k::test
