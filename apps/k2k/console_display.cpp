@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
@@ -43,6 +44,14 @@ size_t TerminalWidth() {
     winsize size{};
     if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return 80;
     return size.ws_col;
+}
+
+// Minutes and seconds.
+std::string TimeText(std::chrono::seconds time) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%lld:%02lld", static_cast<long long>(time.count() / 60),
+                  static_cast<long long>(time.count() % 60));
+    return text.data();
 }
 
 bool ContinuesCharacter(char c) {
@@ -103,6 +112,12 @@ void ConsoleDisplay::SetActivity(bool on) {
     Draw();
 }
 
+// Drawn with the activity mark, which changes at every tick.
+void ConsoleDisplay::SetRemainingTime(std::optional<std::chrono::seconds> remaining) {
+    const std::lock_guard lock(lock_);
+    remaining_ = remaining;
+}
+
 void ConsoleDisplay::FollowText(std::string_view text) {
     constexpr size_t TabStop = 8;
     for (const char c : text) {
@@ -142,6 +157,7 @@ std::string ConsoleDisplay::ProgressLine() const {
     const size_t filled = total_ > 0 ? static_cast<size_t>(done * static_cast<int64_t>(BarLength) / total_) : 0;
     std::string line = active_ ? "* [" : "  [";
     line.append(filled, '#').append(BarLength - filled, ' ').append("] ").append(caption_);
+    if (remaining_) line.append(" about ").append(TimeText(*remaining_)).append(" left");
     line.resize(std::min(line.size(), width_ - 1));
     return line;
 }

@@ -1,8 +1,10 @@
 // A run on a console: text on standard output, one line of progress on standard error where that is a terminal.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -26,6 +28,7 @@ class ConsoleDisplay : public Display {
     void SetCaption(std::string_view caption) override;
     void SetButton(std::string_view) override {}
     void SetActivity(bool on) override;
+    void SetRemainingTime(std::optional<std::chrono::seconds> remaining) override;
 
   private:
     // The rest is called with the lock held.
@@ -44,6 +47,7 @@ class ConsoleDisplay : public Display {
     int32_t done_ = 0;
     std::string caption_;
     bool active_ = false;
+    std::optional<std::chrono::seconds> remaining_;
 };
 
 }  // namespace k2k

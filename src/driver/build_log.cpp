@@ -10,6 +10,7 @@
 
 #include "driver/build_options.h"
 #include "driver/display.h"
+#include "driver/remaining_time.h"
 
 namespace k2k {
 
@@ -163,6 +164,7 @@ void ResetLogForTest() {
     for (std::atomic<bool>& flag : state.warned) flag = false;
     ProgressTotal = ProgressDone = WarnCount = 0;
     TickOn = false;
+    EndWork();
     state.collector.collected.clear();
     SetLogView(&state.collector);
 }

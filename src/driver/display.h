@@ -1,7 +1,9 @@
 // What a front end offers to a run: the one header of operations behind which a console or a window stands.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace k2k {
@@ -23,6 +25,8 @@ class Display {
     virtual void SetButton(std::string_view text) = 0;
     // The activity mark, which blinks with the tick.
     virtual void SetActivity(bool on) = 0;
+    // How long the step under way will still take; none when that cannot be told. Comes before the activity mark.
+    virtual void SetRemainingTime(std::optional<std::chrono::seconds>) {}
 };
 
 }  // namespace k2k

@@ -6,11 +6,13 @@
 #include <utility>
 
 #include "driver/build_log.h"
+#include "driver/remaining_time.h"
 
 namespace k2k {
 
 void Tick::Handle() {
     activity_ = !activity_;
+    display_.SetRemainingTime(RemainingTime());
     display_.SetActivity(activity_);
 
     const int32_t total = ProgressTotal;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "driver/build_log.h"
+#include "driver/remaining_time.h"
 
 namespace k2k {
 namespace {
@@ -68,6 +69,7 @@ void FlowScheduler::Return(std::unique_ptr<FlowJob> job, int64_t recursions) {
     WarnRecursions(recursions);
     if (job->isFinished()) {
         StoreStatus(graph_.portal(job->base), PortalStatus::Done);
+        AddWorkDone(FlowCost(graph_.portal(job->base)));
         changed_.notify_all();
     } else {
         ++putAside_;

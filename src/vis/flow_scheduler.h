@@ -11,6 +11,11 @@
 
 namespace k2k {
 
+// What the flow of a portal costs, roughly: in proportion to what it might see.
+inline int64_t FlowCost(const VisPortal& portal) {
+    return portal.mightSeeCount;
+}
+
 // All operations may be called from any worker. Text is printed under the scheduler's lock, so that it is not mixed.
 class FlowScheduler {
   public:

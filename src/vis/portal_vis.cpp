@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "driver/build_log.h"
+#include "driver/remaining_time.h"
 #include "vis/flow_scheduler.h"
 
 namespace k2k {
@@ -30,6 +31,12 @@ void FlowPortals(Flow& flow) {
         recursions = thread.recursions();
     }
     flow.regionFlowCalls += thread.regionFlowCalls();
+}
+
+int64_t CostOf(const VisGraph& graph) {
+    int64_t cost = 0;
+    for (const VisPortal& portal : graph.portals) cost += FlowCost(portal);
+    return cost;
 }
 
 void Work(Flow& flow) {
@@ -75,7 +82,9 @@ FlowCounts CalculatePortalVis(VisGraph& graph, const FlowSettings& settings, int
     workers = std::max(workers, 1);
     FlowScheduler scheduler(graph, order, workers);
     Flow flow{graph, settings, rankOf, scheduler};
+    StartWork(CostOf(graph));
     RunWorkers(flow, workers);
+    EndWork();
     if (scheduler.failure()) std::rethrow_exception(scheduler.failure());
     BuildLog(" ok");
     return {flow.regionFlowCalls, scheduler.putAside()};
