@@ -10,73 +10,51 @@
 #include "driver/build_options.h"
 #include "driver/run_stats.h"
 #include "levelfile/geometry_data.h"
-#include "levelfile/texture_data.h"
 #include "light/level_rays.h"
+#include "light/level_surfaces.h"
 #include "light/light_finishing.h"
 #include "light/lighting_state.h"
 #include "light/radiosity_direct.h"
 #include "light/radiosity_lights.h"
 #include "light/radiosity_texels.h"
 #include "light/rays.h"
-#include "light/regions.h"
-#include "light/surface_geometry.h"
 #include "light/vertex_normals.h"
 #include "radiosity/bounce_light.h"
 #include "radiosity/make_patches.h"
 #include "radiosity/transfers.h"
 #include "radiosity/worker_pool.h"
-#include "solid/vectors.h"
 
 namespace k2k {
 namespace {
 
 constexpr int32_t CompressedVersion = 1;
-constexpr Vec3 DefaultReflectivity{0.5F, 0.5F, 0.5F};
 constexpr double BytesPerMeg = 1048576;
 
-// The level in work as patches see it.
-class LevelSurfaces final : public PatchLevel {
+// Adds the duration of its scope to the run's statistics.
+class TimedScope {
   public:
-    explicit LevelSurfaces(const CVertexNormals& normals)
-        : normals_(normals), reflectivity_(Textures().texinfos.size(), DefaultReflectivity) {}
-
-    uint32_t SurfaceCount() const override { return static_cast<uint32_t>(Geometry().surfaces.size()); }
-
-    PatchSurface Surface(uint32_t surfaceIndex) const override {
-        const SurfaceRecord& row = SurfaceRow(surfaceIndex);
-        PatchSurface surface;
-        for (const Vec3& vertex : SurfaceVertices(row)) surface.outline.push_back(Widen(vertex));
-        surface.normal = SurfaceNormal(row);
-        if (row.texInfoId < 0) return surface;
-        const Texinfo& texinfo = SurfaceTexinfo(row);
-        surface.shaded = (texinfo.flags & TextureNoLightmap) == 0;
-        surface.sky = (texinfo.flags & TextureSky) != 0;
-        surface.reflectivity = reflectivity_[static_cast<size_t>(&texinfo - Textures().texinfos.data())];
-        return surface;
+    explicit TimedScope(const char* name) : name_(name) {}
+    ~TimedScope() {
+        const auto duration = std::chrono::steady_clock::now() - start_;
+        AddStat(name_ + "_us", std::chrono::duration_cast<std::chrono::microseconds>(duration).count());
     }
-
-    Vec3 NormalAt(uint32_t surfaceIndex, const Vec3& point) const override {
-        return normals_.FaceNormalAt(surfaceIndex, point);
-    }
-    int32_t RegionAt(const Vec3& point) const override { return k2k::RegionAt(point); }
+    TimedScope(const TimedScope&) = delete;
+    TimedScope& operator=(const TimedScope&) = delete;
 
   private:
-    const CVertexNormals& normals_;
-    std::vector<Vec3> reflectivity_;  // by texture
+    const std::string name_;
+    const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
-// Adds the rays that the work item of a worker casts to a sum, and the run's duration to the run's statistics.
+// Adds the rays that the work items of all workers cast, and the run's duration, to the run's statistics.
 void RunCounted(const char* name, int32_t workCount, bool showProgress, const std::function<void(int32_t)>& function) {
-    const auto start = std::chrono::steady_clock::now();
+    const TimedScope timed(name);
     std::atomic<int64_t> rays = 0;
     RunOnThreads(workCount, showProgress, [&](int32_t item) {
         function(item);
         rays.fetch_add(TakeRayCount(), std::memory_order_relaxed);
     });
-    const auto duration = std::chrono::steady_clock::now() - start;
-    const std::string prefix = name;
-    AddStat(prefix + "_rays", rays);
-    AddStat(prefix + "_us", std::chrono::duration_cast<std::chrono::microseconds>(duration).count());
+    AddStat(std::string(name) + "_rays", rays);
 }
 
 class RadiosityRoad {
@@ -132,7 +110,10 @@ void RadiosityRoad::Bounce() {
     const auto bytes = static_cast<double>(transfers.count()) * sizeof(Transfer);
     BuildLog(" \ntransfer lists: %5.1f megs", bytes / BytesPerMeg);
     AddStat("transfers", transfers.count());
-    BounceLight(patches_, transfers);
+    {
+        const TimedScope timed("bounce");
+        BounceLight(patches_, transfers);
+    }
     transfers.FreeTransfers();
     CheckPatches(patches_);
 }
