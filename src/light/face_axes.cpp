@@ -18,8 +18,8 @@ namespace {
 
 constexpr float UnboundedExtent = 9999999;
 
-int64_t WholeTexel(float texels) {
-    constexpr float farAway = 1e15F;
+int64_t WholeTexel(double texels) {
+    constexpr double farAway = 1e15;
     return static_cast<int64_t>(std::clamp(texels, -farAway, farAway));
 }
 
@@ -87,7 +87,7 @@ FaceExtents MeasureExtents(const SurfaceRecord& surface, const TextureAxes& axes
             if (value > extents.exactMax[i]) extents.exactMax[i] = value;
         }
     }
-    const auto texel = static_cast<float>(step);
+    const double texel = step;
     for (size_t i = 0; i < 2; i++) {
         const int64_t low = WholeTexel(std::floor(extents.exactMin[i] / texel));
         const int64_t high = WholeTexel(std::ceil(extents.exactMax[i] / texel));

@@ -87,6 +87,17 @@ TEST_F(LightFaces, TheCentreIsRoundedOnce) {
     EXPECT_EQ(face->centre[2], -0.0233333502F);  // a mean in 32 bits and then one more gives -0.0233333111
 }
 
+TEST_F(LightFaces, TexelsBeginBelowTheSmallestCoordinateThatIsStored) {
+    // A sixteenth of the smallest number below 0 is not 0.
+    TestLevel level;
+    const std::vector<Vec3> ring{{-1e-45F, -1e-45F, 0}, {0, 20, 0}, {20, 20, 0}};
+    const uint32_t surface = level.Surface(ring, level.Plane({0, 0, 1}, 0), 0, level.Texture(0, {1, 0, 0}, {0, 1, 0}));
+    const auto face = MakeLightFace(surface);
+    ASSERT_NE(face, nullptr);
+    EXPECT_EQ(face->texMin, (std::array<int32_t, 2>{-1, -1}));
+    EXPECT_EQ(face->size, (std::array<int32_t, 2>{4, 4}));
+}
+
 TEST_F(LightFaces, NearPositionsAreComparedUnrounded) {
     const Vec3 a{0, 1.20999999e-09F, 0};
     const Vec3 b{0, -0.00999999885F, 0};  // 0.010000000055 away, which is 0.01 in 32 bits
