@@ -49,8 +49,8 @@ std::string CommandOfFiles(const BuildFiles& files) {
     std::vector<std::string> words{NameFromHere(map), "-pal"};
     for (std::string& piece : Pieces(NameFromHere(palette))) words.push_back(std::move(piece));
     words.emplace_back("-dialog");
-    std::vector<const char*> arguments;
-    for (const std::string& word : words) arguments.push_back(word.c_str());
+    std::vector<const char*> arguments(words.size());
+    std::ranges::transform(words, arguments.begin(), [](const std::string& word) { return word.c_str(); });
     return CommandString(arguments);
 }
 
