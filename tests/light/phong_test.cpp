@@ -271,6 +271,36 @@ TEST_F(Phong, AWalkAroundACornerFoldsTheSample) {
     EXPECT_NEAR(end[2], 1, 1e-3);
 }
 
+TEST_F(Phong, AWalkAroundASpireEndsWhereItBegan) {
+    // Five steep sides, 6.7 degrees each at the tip: a sample 33.8 degrees off the middle of one goes round all of
+    // them.
+    TestLevel level;
+    const int16_t texinfo = level.Texture(TexturePhong, {1, 0, 0}, {0, 0, -1});
+    const Vec3 tip{0, 0, 200};
+    const auto corner = [](int i) {
+        const double angle = 2 * std::numbers::pi * (i % 5) / 5;
+        return Vec3{static_cast<float>(20 * std::cos(angle)), static_cast<float>(20 * std::sin(angle)), 0};
+    };
+    for (int i = 0; i < 5; i++) {
+        Vec3 normal = Cross(Sub(corner(i + 1), corner(i)), Sub(tip, corner(i)));
+        Normalize(normal);
+        const uint32_t plane = level.Plane(normal, static_cast<float>(Dot(normal, tip)));
+        level.Surface({tip, corner(i + 1), corner(i)}, plane, 0, texinfo);
+    }
+    Vec3 down = Sub(Scale(Add(corner(0), corner(1)), 0.5F), tip);
+    Vec3 aside = Sub(corner(1), corner(0));
+    Normalize(down);
+    Normalize(aside);
+    const double angle = 33.8 * std::numbers::pi / 180;
+    const Vec3 sample = PointAlong(PointAlong(tip, down, 100 * std::cos(angle)), aside, 100 * std::sin(angle));
+    Vec3 end;
+    NormalAt(0, sample, &end);
+    const OrientedPlane plane = SurfacePlane(SurfaceRow(0));
+    EXPECT_NEAR(Dot(end, plane.normal) - plane.dist, 0, 1e-3);  // not lifted, as where a walk finds its surface
+    EXPECT_NEAR(Distance(end, tip), 100, 1e-2);
+    EXPECT_NEAR(Dot(Sub(end, tip), aside), 100 * std::sin(angle - 5 * 6.7058 * std::numbers::pi / 180), 0.05);
+}
+
 TEST_F(Phong, BeyondDepthTenTheFlatNormalOfTheSurfaceReachedHolds) {
     MakeStrip(90);
     Options().verbose = true;
