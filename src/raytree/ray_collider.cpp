@@ -1,4 +1,7 @@
+#include <algorithm>
 #include <array>
+#include <optional>
+#include <tuple>
 
 #include "raytree/last_blocker.h"
 #include "raytree/ray_tree.h"
@@ -80,26 +83,28 @@ class Walk {
         }
     }
 
-    // The same, from what the wide tree proposes. It asks fewer boxes on its way down; the others are asked here.
-    void RunWide(uint32_t* stack) {
-        WideWalk walk(*model_.wide(), ray_, segment_, collider_.culling, stack);
+    // The same, from what the wide tree proposes.
+    void RunWide(float margin, uint32_t* stack) {
+        WideWalk walk(*model_.wide(), ray_, collider_.maxDistance, margin, collider_.culling, stack);
         WideWalk::Proposal proposal;
+        CollisionFace face;
         while (walk.Next(proposal)) {
-            if (MeetsAllBoxes(proposal.parent) && TestTriangle(proposal.triangle)) return;
+            if (MeetsAllBoxes(proposal.parent, margin) && MeetsTriangle(proposal.triangle, face))
+                faces_.push_back(face);
         }
+        PutInOrder();
     }
 
     // Whether there is anything to collect, in any order.
-    bool MeetsAny(uint32_t* stack, LastBlocker& last) const {
+    bool MeetsAny(float margin, uint32_t* stack, LastBlocker& last) const {
         CollisionFace face;
-        if (last.IsOf(model_) && MeetsTriangle(last.triangle(), face) &&
-            MeetsAllLanes(segment_, last.Boxes(model_.tree())))
+        if (last.model == model_.serial() && MeetsTriangle(last.triangle, face) && MeetsAllBoxes(last.parent, margin))
             return true;
-        WideWalk walk(*model_.wide(), ray_, segment_, collider_.culling, stack);
+        WideWalk walk(*model_.wide(), ray_, collider_.maxDistance, margin, collider_.culling, stack);
         WideWalk::Proposal proposal;
         while (walk.Next(proposal)) {
-            if (!MeetsTriangle(proposal.triangle, face) || !MeetsAllBoxes(proposal.parent)) continue;
-            last.Set(model_, proposal.triangle, proposal.parent);
+            if (!MeetsAllBoxes(proposal.parent, margin)) continue;
+            last = {model_.serial(), proposal.triangle, proposal.parent};
             return true;
         }
         return false;
@@ -118,13 +123,34 @@ class Walk {
         return meets && face.distance < collider_.maxDistance;
     }
 
-    // Of the node and of all above it.
-    bool MeetsAllBoxes(uint32_t node) const {
+    // Of the node and of all above it. Rounding cannot make the ray miss those around a box that is met inside of the
+    // margin.
+    bool MeetsAllBoxes(uint32_t node, float margin) const {
         const AABBNoLeafTree& tree = model_.tree();
+        AABBNoLeafNode inner = tree.nodes[node];
+        for (float& extent : inner.extents) extent -= margin;
+        if (MeetsBox(segment_, inner)) return true;
         for (; node != 0; node = tree.parents[node]) {
             if (!MeetsBox(segment_, tree.nodes[node])) return false;
         }
         return MeetsBox(segment_, tree.nodes[0]);
+    }
+
+    // From the faces met in any order to those that the settings ask for, in the order of the binary tree.
+    void PutInOrder() {
+        const auto place = [&](const CollisionFace& face) { return model_.tree().places[face.faceId]; };
+        const auto isEarlier = [&](const CollisionFace& a, const CollisionFace& b) { return place(a) < place(b); };
+        const auto isNearer = [&](const CollisionFace& a, const CollisionFace& b) {
+            return std::tuple(a.distance, place(a)) < std::tuple(b.distance, place(b));
+        };
+        if (faces_.size() < 2) return;
+        if (collider_.firstContact) {
+            faces_ = {*std::min_element(faces_.begin(), faces_.end(), isEarlier)};
+        } else if (collider_.closestHit) {
+            faces_ = {*std::min_element(faces_.begin(), faces_.end(), isNearer)};
+        } else {
+            std::sort(faces_.begin(), faces_.end(), isEarlier);
+        }
     }
 
     const RayCollider& collider_;
@@ -147,6 +173,12 @@ void WithStack(size_t size, F&& run) {
     }
 }
 
+// What WideTree::Margin gives; nothing where the ray has to walk the binary tree.
+std::optional<float> WideMargin(const Ray& ray, const Model& model, float length) {
+    if (model.wide() == nullptr) return std::nullopt;
+    return model.wide()->Margin(ray, length);
+}
+
 }  // namespace
 
 const char* RayCollider::ValidateSettings() const {
@@ -164,25 +196,25 @@ void RayCollider::Collide(const Ray& ray, const Model& model, std::vector<Collis
     Walk walk(*this, ray, model, faces);
     if (model.HasSingleNode()) {
         walk.TestTriangle(0);
-    } else if (model.wide() != nullptr) {
-        WithStack(model.wide()->stackSize(), [&](uint32_t* stack) { walk.RunWide(stack); });
+    } else if (const auto margin = WideMargin(ray, model, maxDistance)) {
+        WithStack(model.wide()->stackSize(), [&](uint32_t* stack) { walk.RunWide(*margin, stack); });
     } else {
         WithStack(model.tree().depth + 2, [&](uint32_t* stack) { walk.Run(stack); });
     }
 }
 
 bool RayCollider::MeetsAny(const Ray& ray, const Model& model, LastBlocker& last) const {
-    if (model.wide() == nullptr) {
-        std::vector<CollisionFace> faces;
+    std::vector<CollisionFace> faces;
+    const std::optional<float> margin = WideMargin(ray, model, maxDistance);
+    if (!margin) {
         RayCollider first = *this;
         first.firstContact = true;
         first.Collide(ray, model, faces);
         return !faces.empty();
     }
-    std::vector<CollisionFace> unused;
-    const Walk walk(*this, ray, model, unused);
+    const Walk walk(*this, ray, model, faces);
     bool meets = false;
-    WithStack(model.wide()->stackSize(), [&](uint32_t* stack) { meets = walk.MeetsAny(stack, last); });
+    WithStack(model.wide()->stackSize(), [&](uint32_t* stack) { meets = walk.MeetsAny(*margin, stack, last); });
     return meets;
 }
 

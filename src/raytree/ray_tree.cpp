@@ -102,6 +102,8 @@ AABBNoLeafTree AABBTreeOfTrianglesBuilder::Build() {
         tasks.pop_back();
         AddNode(tree, task, tasks);
     }
+    tree.places.resize(order_.size());
+    for (uint32_t i = 0; i < order_.size(); i++) tree.places[order_[i]] = i;
     return tree;
 }
 

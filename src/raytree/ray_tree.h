@@ -56,6 +56,7 @@ constexpr uint32_t ChildIndex(uint32_t word) {
 struct AABBNoLeafTree {
     std::vector<AABBNoLeafNode> nodes;  // node 0 is the root; children stand behind their parents
     std::vector<uint32_t> parents;      // of each node; the root is its own
+    std::vector<uint32_t> places;       // of each triangle in the order of the walk
     uint32_t depth = 0;                 // nodes on the longest way down
 };
 
@@ -124,7 +125,7 @@ class Collider {
     bool skipPrimitiveTests = false;
 };
 
-class LastBlocker;
+struct LastBlocker;
 
 class RayCollider : public Collider {
   public:

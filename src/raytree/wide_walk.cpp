@@ -3,6 +3,8 @@
 
 #include <bit>
 
+#include "raytree/segment_test.h"
+
 #if defined(__x86_64__)
 #include <immintrin.h>
 #endif
@@ -15,9 +17,6 @@ namespace k2k::Opcode {
 
 namespace {
 
-struct Lanes3 {
-    __m256 x, y, z;
-};
 struct Floats3 {
     __m128 x, y, z;
 };
@@ -25,57 +24,36 @@ struct Doubles3 {
     __m256d x, y, z;
 };
 
-K2K_AVX2 inline Lanes3 Spread8(const Vec3& v) {
-    return {_mm256_set1_ps(v[0]), _mm256_set1_ps(v[1]), _mm256_set1_ps(v[2])};
-}
-
-K2K_AVX2 inline Lanes3 Load8(const std::array<WideNode::Lanes, 3>& v) {
-    return {_mm256_load_ps(v[0].data()), _mm256_load_ps(v[1].data()), _mm256_load_ps(v[2].data())};
-}
-
-K2K_AVX2 inline __m256 Magnitude(__m256 v) {
-    return _mm256_andnot_ps(_mm256_set1_ps(-0.0F), v);
-}
-
-// Lanes where |a| > b.
-K2K_AVX2 inline __m256 Exceeds(__m256 a, __m256 b) {
-    return _mm256_cmp_ps(Magnitude(a), b, _CMP_GT_OQ);
-}
-
-K2K_AVX2 inline __m256 CrossTerm(__m256 a, __m256 b, __m256 c, __m256 d) {
-    return _mm256_sub_ps(_mm256_mul_ps(a, b), _mm256_mul_ps(c, d));
-}
-
-K2K_AVX2 inline __m256 ReachTerm(__m256 a, __m256 b, __m256 c, __m256 d) {
-    return _mm256_add_ps(_mm256_mul_ps(a, b), _mm256_mul_ps(c, d));
-}
-
-struct WideSegment {
-    Lanes3 half, center, absHalf;
+// A ray's slabs on all lanes.
+struct WideSlab {
+    __m256 enterOrigin, leaveOrigin, inverse;
+    size_t enterSide, leaveSide;
+};
+struct WideSlabs {
+    WideSlab x, y, z;
+    __m256 length;
 };
 
-K2K_AVX2 inline WideSegment Widen8(const Segment& s) {
-    return {Spread8(s.half), Spread8(s.center), Spread8(s.absHalf)};
+K2K_AVX2 inline WideSlab Widen8(const RaySlab& s) {
+    return {_mm256_set1_ps(s.enterOrigin), _mm256_set1_ps(s.leaveOrigin), _mm256_set1_ps(s.inverse), s.enterSide,
+            s.leaveSide};
 }
 
-constexpr uint32_t AllLanes = (1U << WideNode::Width) - 1;
+// Cuts the part of the ray from first to last down to what lies between two sides of the grown boxes.
+K2K_AVX2 inline void CutToSlab(const WideSlab& s, const WideNode& node, __m256& first, __m256& last) {
+    const __m256 enter = _mm256_load_ps(node.sides[s.enterSide].data());
+    const __m256 leave = _mm256_load_ps(node.sides[s.leaveSide].data());
+    first = _mm256_max_ps(first, _mm256_mul_ps(_mm256_sub_ps(enter, s.enterOrigin), s.inverse));
+    last = _mm256_min_ps(last, _mm256_mul_ps(_mm256_sub_ps(leave, s.leaveOrigin), s.inverse));
+}
 
-// The children whose boxes the segment meets, one bit each: MeetsBox eight times.
-K2K_AVX2 inline uint32_t MeetingChildren(const WideSegment& s, const WideNode& node) {
-    const Lanes3 center = Load8(node.center), e = Load8(node.extents);
-    const __m256 dx = _mm256_sub_ps(s.center.x, center.x);
-    const __m256 dy = _mm256_sub_ps(s.center.y, center.y);
-    const __m256 dz = _mm256_sub_ps(s.center.z, center.z);
-    __m256 misses = Exceeds(dx, _mm256_add_ps(e.x, s.absHalf.x));
-    misses = _mm256_or_ps(misses, Exceeds(dy, _mm256_add_ps(e.y, s.absHalf.y)));
-    misses = _mm256_or_ps(misses, Exceeds(dz, _mm256_add_ps(e.z, s.absHalf.z)));
-    misses = _mm256_or_ps(
-        misses, Exceeds(CrossTerm(s.half.y, dz, s.half.z, dy), ReachTerm(e.y, s.absHalf.z, e.z, s.absHalf.y)));
-    misses = _mm256_or_ps(
-        misses, Exceeds(CrossTerm(s.half.z, dx, s.half.x, dz), ReachTerm(e.x, s.absHalf.z, e.z, s.absHalf.x)));
-    misses = _mm256_or_ps(
-        misses, Exceeds(CrossTerm(s.half.x, dy, s.half.y, dx), ReachTerm(e.x, s.absHalf.y, e.y, s.absHalf.x)));
-    return static_cast<uint32_t>(_mm256_movemask_ps(misses)) ^ AllLanes;
+// The children whose boxes the ray meets, one bit each. After Kay and Kajiya, "Ray Tracing Complex Scenes" (1986).
+K2K_AVX2 inline uint32_t MeetingChildren(const WideSlabs& s, const WideNode& node) {
+    __m256 first = _mm256_setzero_ps(), last = s.length;
+    CutToSlab(s.x, node, first, last);
+    CutToSlab(s.y, node, first, last);
+    CutToSlab(s.z, node, first, last);
+    return static_cast<uint32_t>(_mm256_movemask_ps(_mm256_cmp_ps(first, last, _CMP_LE_OQ)));
 }
 
 K2K_AVX2 inline Floats3 Spread4(const Vec3& v) {
@@ -127,28 +105,30 @@ K2K_AVX2 inline __m256d Scaled(__m256d v, __m256d inverse) {
     return Culling ? v : _mm256_mul_pd(v, inverse);
 }
 
-// The triangles that the ray's line meets ahead of its origin, one bit each.
+// The triangles that the ray meets, one bit each.
 template <bool Culling>
-K2K_AVX2 inline uint32_t MeetingTriangles(const Ray& ray, const TrianglePacket& packet) {
+K2K_AVX2 inline uint32_t MeetingTriangles(const Ray& ray, float length, const TrianglePacket& packet) {
     const __m256d zero = _mm256_setzero_pd();
     const Floats3 direction = Spread4(ray.direction), e1 = Load4(packet.e1), e2 = Load4(packet.e2);
     const Floats3 p = Cross4(direction, e2);
     const Doubles3 wideP = Widen4(p);
     const __m256d determinant = Dot4(Widen4(e1), wideP);
     __m256d hits = IsFaced<Culling>(determinant);
-    if (_mm256_movemask_pd(hits) == 0) return 0;
     const Floats3 t = Sub4(Spread4(ray.origin), Load4(packet.v0));
     const __m256d one = _mm256_set1_pd(1.0);
     const __m256d full = Culling ? determinant : one;  // what u + v can be at most
     const __m256d inverse = Culling ? one : _mm256_div_pd(one, determinant);
     const __m256d u = Scaled<Culling>(Dot4(Widen4(t), wideP), inverse);
     hits = Both(hits, Both(Where<_CMP_GE_OQ>(u, zero), Where<_CMP_LE_OQ>(u, full)));
-    if (_mm256_movemask_pd(hits) == 0) return 0;
     const Doubles3 q = Widen4(Cross4(t, e1));
     const __m256d v = Scaled<Culling>(Dot4(Widen4(direction), q), inverse);
     hits = Both(hits, Both(Where<_CMP_GE_OQ>(v, zero), Where<_CMP_LE_OQ>(_mm256_add_pd(u, v), full)));
-    hits = Both(hits, Where<_CMP_GE_OQ>(Scaled<Culling>(Dot4(Widen4(e2), q), inverse), zero));
-    return static_cast<uint32_t>(_mm256_movemask_pd(hits));
+    if (_mm256_movemask_pd(hits) == 0) return 0;
+    const __m256d distance = Scaled<Culling>(Dot4(Widen4(e2), q), inverse);
+    hits = Both(hits, Where<_CMP_GE_OQ>(distance, zero));
+    const __m256d unscaled = Culling ? _mm256_mul_pd(distance, _mm256_div_pd(one, determinant)) : distance;
+    const __m128 inReach = _mm_cmplt_ps(_mm256_cvtpd_ps(unscaled), _mm_set1_ps(length));
+    return static_cast<uint32_t>(_mm256_movemask_pd(hits) & _mm_movemask_ps(inReach));
 }
 
 }  // namespace
@@ -158,33 +138,27 @@ bool CanWalkWideTrees() {
     return can;
 }
 
-K2K_AVX2 bool MeetsAllLanes(const Segment& segment, std::span<const WideNode> nodes) {
-    const WideSegment wide = Widen8(segment);
-    for (const WideNode& node : nodes) {
-        if (MeetingChildren(wide, node) != AllLanes) return false;
-    }
-    return true;
-}
-
 template <bool Culling>
 K2K_AVX2 void WideWalk::FindPacket() {
-    const WideSegment segment = Widen8(segment_);
-    while (top_ != stack_) {
-        uint32_t word = *--top_;
+    const WideSlabs slabs{Widen8(slabs_[0]), Widen8(slabs_[1]), Widen8(slabs_[2]), _mm256_set1_ps(lengthGrown_)};
+    const WideNode* nodes = tree_.nodes();
+    const TrianglePacket* packets = tree_.packets();
+    uint32_t* top = top_;
+    while (top != stack_) {
+        uint32_t word = *--top;
         while (!IsTriangle(word)) {
-            const WideNode& node = tree_.nodes()[ChildIndex(word)];
-            uint32_t met = MeetingChildren(segment, node);
+            const WideNode& node = nodes[ChildIndex(word)];
+            uint32_t met = MeetingChildren(slabs, node);
             if (met == 0) break;
-            for (; (met & (met - 1)) != 0; met ^= std::bit_floor(met)) {
-                *top_++ = node.children[static_cast<size_t>(std::bit_width(met) - 1)];
-            }
-            word = node.children[static_cast<size_t>(std::countr_zero(met))];
+            for (; (met & (met - 1)) != 0; met &= met - 1) *top++ = node.children[std::countr_zero(met)];
+            word = node.children[std::countr_zero(met)];
         }
         if (!IsTriangle(word)) continue;
-        packet_ = &tree_.packets()[ChildIndex(word)];
-        lanes_ = MeetingTriangles<Culling>(ray_, *packet_);
-        if (lanes_ != 0) return;
+        packet_ = &packets[ChildIndex(word)];
+        lanes_ = MeetingTriangles<Culling>(ray_, length_, *packet_);
+        if (lanes_ != 0) break;
     }
+    top_ = top;
 }
 
 #else
@@ -193,14 +167,31 @@ bool CanWalkWideTrees() {
     return false;
 }
 
-bool MeetsAllLanes(const Segment& /*segment*/, std::span<const WideNode> /*nodes*/) {
-    return false;
-}
-
 template <bool Culling>
 void WideWalk::FindPacket() {}
 
 #endif
+
+WideWalk::WideWalk(const WideTree& tree, const Ray& ray, float length, float margin, bool culling, uint32_t* stack)
+    : tree_(tree),
+      ray_(ray),
+      length_(length),
+      culling_(culling),
+      lengthGrown_(length + margin),
+      stack_(stack),
+      top_(stack) {
+    // In place of what lies behind a division by zero: far behind all rays.
+    constexpr float Far = 1e30F;
+    for (size_t k = 0; k < 3; k++) {
+        const float origin = ray.origin[k], direction = ray.direction[k];
+        if (direction < 0) {
+            slabs_[k] = {origin - margin, origin + margin, 1.0F / direction, k + 3, k};
+        } else {
+            slabs_[k] = {origin + margin, origin - margin, direction == 0 ? Far : 1.0F / direction, k, k + 3};
+        }
+    }
+    *top_++ = 0;
+}
 
 bool WideWalk::Next(Proposal& proposal) {
     if (lanes_ == 0) culling_ ? FindPacket<true>() : FindPacket<false>();

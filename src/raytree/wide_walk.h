@@ -1,10 +1,10 @@
 // A walk through the wide tree.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <span>
 
-#include "raytree/segment_test.h"
 #include "raytree/wide_tree.h"
 
 namespace k2k::Opcode {
@@ -12,24 +12,26 @@ namespace k2k::Opcode {
 // Whether this machine can walk a wide tree.
 bool CanWalkWideTrees();
 
-// Whether the segment meets all boxes of the nodes, as MeetsBox tells. Only where wide trees can be walked.
-bool MeetsAllLanes(const Segment& segment, std::span<const WideNode> nodes);
+// A ray on one axis. Boxes are grown by the margin: for the sides where the ray enters, the origin moves forward, and
+// back for those where it leaves.
+struct RaySlab {
+    float enterOrigin, leaveOrigin;
+    float inverse;                // of the direction
+    size_t enterSide, leaveSide;  // of a WideNode
+};
 
 class WideWalk {
   public:
-    // The stack has room for what the tree says. All arguments must outlive the walk.
-    WideWalk(const WideTree& tree, const Ray& ray, const Segment& segment, bool culling, uint32_t* stack)
-        : tree_(tree), ray_(ray), segment_(segment), culling_(culling), stack_(stack), top_(stack) {
-        *top_++ = 0;
-    }
+    // The margin is that of the tree for the ray; the stack has room for what the tree says. Tree and stack must
+    // outlive the walk.
+    WideWalk(const WideTree& tree, const Ray& ray, float length, float margin, bool culling, uint32_t* stack);
 
     struct Proposal {
         uint32_t triangle;
         uint32_t parent;  // the binary node that holds it
     };
-    // The next triangle, in the order of the binary tree, that the tests of several lanes accept; false at the end.
-    // These tests do the operations of the single ones in the same order and precision, but skip some of the boxes on
-    // the way down, and the ray's end.
+    // The next triangle that the ray meets within its length, by the operations of the test of one triangle in the same
+    // order and precision; false at the end. Whether it meets the boxes of the binary tree is left open.
     bool Next(Proposal& proposal);
 
   private:
@@ -37,9 +39,11 @@ class WideWalk {
     void FindPacket();
 
     const WideTree& tree_;
-    const Ray& ray_;
-    const Segment& segment_;
+    const Ray ray_;
+    const float length_;
     const bool culling_;
+    std::array<RaySlab, 3> slabs_;
+    float lengthGrown_;
     const TrianglePacket* packet_ = nullptr;
     uint32_t lanes_ = 0;  // of the packet, still to propose
     uint32_t* const stack_;
