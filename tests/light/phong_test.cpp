@@ -53,6 +53,16 @@ class Phong : public LightTest {
         return normal;
     }
 
+    // A floor of 64 x 64 with a slope of 45 degrees behind its edge at x = 64.
+    void MakeFloorAndSlope() {
+        level_ = std::make_unique<TestLevel>();
+        const int16_t texinfo = level_->Texture(TexturePhong, {1, 0, 0}, {0, -1, 0});
+        const float d = std::sqrt(0.5F);
+        level_->Surface({{0, 0, 0}, {0, 64, 0}, {64, 64, 0}, {64, 0, 0}}, level_->Plane({0, 0, 1}, 0), 0, texinfo);
+        level_->Surface({{64, 0, 0}, {64, 64, 0}, {64 + 64 * d, 64, -64 * d}, {64 + 64 * d, 0, -64 * d}},
+                        level_->Plane({d, 0, d}, 64 * d), 0, texinfo);
+    }
+
     std::unique_ptr<TestLevel> level_;
 };
 
@@ -254,13 +264,9 @@ TEST_F(Phong, ASampleBeyondAnEdgeIsWalkedOntoTheNeighbour) {
 }
 
 TEST_F(Phong, AWalkAroundACornerFoldsTheSample) {
-    // Two quads at 45 degrees along the y axis: beyond the edge the sample comes down the slope.
-    TestLevel level;
-    const int16_t texinfo = level.Texture(TexturePhong, {1, 0, 0}, {0, -1, 0});
+    // Beyond the edge the sample comes down the slope.
+    MakeFloorAndSlope();
     const float d = std::sqrt(0.5F);
-    level.Surface({{0, 0, 0}, {0, 64, 0}, {64, 64, 0}, {64, 0, 0}}, level.Plane({0, 0, 1}, 0), 0, texinfo);
-    level.Surface({{64, 0, 0}, {64, 64, 0}, {64 + 64 * d, 64, -64 * d}, {64 + 64 * d, 0, -64 * d}},
-                  level.Plane({d, 0, d}, 64 * d), 0, texinfo);
     Vec3 end;
     NormalAt(0, {74, 32, 0}, &end);
     EXPECT_NEAR(end[0], 64 + 10 * d + d, 1e-3);
@@ -269,6 +275,24 @@ TEST_F(Phong, AWalkAroundACornerFoldsTheSample) {
     NormalAt(1, {64 - 10 * d, 32, 10 * d}, &end);
     EXPECT_NEAR(end[0], 54, 1e-3);
     EXPECT_NEAR(end[2], 1, 1e-3);
+}
+
+TEST_F(Phong, AnEdgeAlongTheWayFromTheCornerIsNotAcrossFromIt) {
+    // From the first corner straight up the edge x = 0, away from the slope: the edge on its other side is parallel.
+    MakeFloorAndSlope();
+    EXPECT_EQ(NormalAt(0, {0, 30, 0}), (Vec3{0, 0, 1}));
+}
+
+TEST_F(Phong, AnEdgeIsMetALittleBeyondItsEndsToo) {
+    // The way from the first corner meets the line of the edge x = 64 at 1.02 of its length, which counts as its end.
+    MakeFloorAndSlope();
+    Vec3 atEnd{std::sqrt(0.5F), 0, 1 + std::sqrt(0.5F)};
+    Normalize(atEnd);
+    const float f = (40 * 64 + 40.8F * 64) / (2 * 64 * 64);
+    Vec3 expected{atEnd[0] * f, 0, atEnd[2] * f + 1 - f};
+    Normalize(expected);
+    const Vec3 normal = NormalAt(0, {40, 40.8F, 0});
+    for (size_t c = 0; c < 3; c++) EXPECT_NEAR(normal[c], expected[c], 1e-5);
 }
 
 TEST_F(Phong, AWalkAroundASpireEndsWhereItBegan) {
