@@ -295,6 +295,31 @@ TEST_F(Phong, AnEdgeIsMetALittleBeyondItsEndsToo) {
     for (size_t c = 0; c < 3; c++) EXPECT_NEAR(normal[c], expected[c], 1e-5);
 }
 
+TEST_F(Phong, WithoutAnEdgeAcrossTheNextCornerIsTried) {
+    // Beyond the edge y = 0 there is no neighbour. Only from the third corner the way to the sample crosses an edge
+    // that does not begin there: y = 0 itself, between a corner that is flat and one at the slope.
+    MakeFloorAndSlope();
+    const double t = (64 - 54 * 64 / 94.0) / 64;
+    Vec3 atSlope{std::sqrt(0.5F), 0, 1 + std::sqrt(0.5F)};
+    Normalize(atSlope);
+    Vec3 expected{static_cast<float>(atSlope[0] * t), 0, static_cast<float>(atSlope[2] * t + 1 - t)};
+    Normalize(expected);
+    const Vec3 normal = NormalAt(0, {10, -30, 0});
+    for (size_t c = 0; c < 3; c++) EXPECT_NEAR(normal[c], expected[c], 1e-5);
+}
+
+TEST_F(Phong, ASampleAtItsCornerKeepsThePolygonsNormal) {
+    TestLevel level;
+    const int16_t texinfo = level.Texture(TexturePhong, {1, 0, 0}, {0, -1, 0});
+    const float d = std::sqrt(0.5F);
+    level.Surface({{0, 0, 0}, {0, 64, 0}, {64, 64, 0}, {64, 0, 0}}, level.Plane({0, 0, 1}, 0), 0, texinfo);
+    level.Surface({{0, 0, 0}, {0, 64, 0}, {-64 * d, 64, -64 * d}, {-64 * d, 0, -64 * d}}, level.Plane({-d, 0, d}, 0), 0,
+                  texinfo);
+    EXPECT_LT(NormalAt(0, {0, 0, 0})[0], -0.1F);  // one unit above the corner is far enough off ...
+    Options().eps = 1;
+    EXPECT_EQ(NormalAt(0, {0, 0, 0}), (Vec3{0, 0, 1}));  // ... but not for this tolerance
+}
+
 TEST_F(Phong, AWalkAroundASpireEndsWhereItBegan) {
     // Five steep sides, 6.7 degrees each at the tip: a sample 33.8 degrees off the middle of one goes round all of
     // them.
