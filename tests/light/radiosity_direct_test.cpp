@@ -348,19 +348,25 @@ TEST_F(Refinement, LeavesEvenLightAsItIs) {
 }
 
 TEST_F(Refinement, PointsOutsideAPartlyCoveredTexelAreSkipped) {
-    // A strip of a quarter texel, lit whole, although most of its texel is in the shadow.
-    const uint32_t strip = Floor(level_, {{0, -8, 0}, {0, 8, 0}, {4, 8, 0}, {4, -8, 0}});
+    // A strip of a quarter texel, lit whole, although the shadow begins in the same texel.
+    const uint32_t strip = Floor(level_, {{-12, -8, 0}, {-12, 8, 0}, {-8, 8, 0}, {-8, -8, 0}});
     RoadState road;
     RayStructures rays;
     const FaceLight& face = road.Light(strip);
+    const auto lightAt = [&](const Vec3& point) {
+        LightStrength s;
+        const bool isLit = SampleLight(road.lights[0], strip, point, {0, 0, 1}, s) == LightReach::Lit;
+        return isLit ? road.lights[0].colour[0] * s.scale * road.lights[0].intensity * s.dot : 0;
+    };
+    ASSERT_EQ(face.fragments.size(), 2U);
     for (size_t k = 0; k < face.fragments.size(); k++) {
         const SampleFragment& fragment = face.fragments[k];
         EXPECT_EQ(fragment.polygon, nullptr);  // freed at the end of the pass
         EXPECT_LT(fragment.area, face.luxelArea);
-        LightStrength s;
-        const Vec3 middle = fragment.position;
-        ASSERT_EQ(SampleLight(road.lights[0], strip, middle, {0, 0, 1}, s), LightReach::Lit);
-        const double expected = road.lights[0].colour[0] * s.scale * road.lights[0].intensity * s.dot;
+        const Vec3& middle = fragment.position;
+        ASSERT_EQ(lightAt({middle[0] - 6, middle[1], 0}), 0);
+        const double expected = lightAt(middle);
+        ASSERT_GT(expected, 0);
         EXPECT_NEAR(face.samples[0][k][0], expected, expected * 0.02) << k;
     }
 }
@@ -444,6 +450,23 @@ TEST_F(VertexNormalsTest, OppositeNormalsLeaveTheSurfacesOwn) {
     ASSERT_EQ(normals.Of(up).neighbours.size(), 1U);
     for (const Vec3& normal : normals.Of(up).vertexNormals) EXPECT_EQ(normal, (Vec3{0, 0, 1}));
     for (const Vec3& normal : normals.Of(down).vertexNormals) EXPECT_EQ(normal, (Vec3{0, 0, -1}));
+}
+
+TEST_F(VertexNormalsTest, WhereNormalsCancelOutTheSurfacesOwnIsTakenWithOneWarning) {
+    // Three smooth surfaces on the back outweigh one on the front: half way to its edges nothing is left.
+    const uint32_t up = Floor(level_, Square(0, 64), Right, Down, TexturePhong);
+    for (int i = 0; i < 3; i++) {
+        const uint32_t down = Floor(level_, Square(0, 64), Right, Down, TexturePhong);
+        Geometry().surfaces[down].side = 1;
+        for (size_t k = 0; k < 4; k++) Geometry().edges[down * 4 + 1 + k] = Geometry().edges[1 + k];
+    }
+    const RoadState road;
+    ASSERT_EQ(road.normals.Of(up).vertexNormals[0], (Vec3{0, 0, -1}));
+    Logged();
+    EXPECT_EQ(road.normals.FaceNormalAt(up, {32, 48, 0}), (Vec3{0, 0, 1}));
+    EXPECT_EQ(Logged(), "Warning: face 0 is degenerated\n");
+    EXPECT_EQ(road.normals.FaceNormalAt(up, {32, 16, 0}), (Vec3{0, 0, 1}));
+    EXPECT_EQ(Logged(), "");
 }
 
 TEST_F(VertexNormalsTest, SixtyFiveNeighboursAreFatal) {
