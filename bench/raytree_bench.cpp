@@ -32,10 +32,12 @@ using Triangle = std::array<uint32_t, 3>;
 struct TriangleSoup {
     std::vector<Vec3> vertices;
     std::vector<Triangle> triangles;
+    std::vector<int32_t> surfaces;  // of the triangles
 };
 
 struct Segment {
     Vec3 start, end;
+    int32_t surface;  // that the start belongs to
 };
 
 // Hills over a square of cells x cells quads. Triangles face downwards, into the ground, as those of levels do.
@@ -87,6 +89,7 @@ TriangleSoup SoupOfMeshes() {
             Triangle corners{};
             for (size_t c = 0; c < 3; c++) corners[c] = base + static_cast<uint32_t>(triangle.vertices[c]);
             soup.triangles.push_back(corners);
+            soup.surfaces.push_back(triangle.surface);
         }
     }
     return soup;
@@ -124,7 +127,10 @@ std::vector<Segment> ShadowRays(const TriangleSoup& soup, size_t count, const Ve
         const Vec3 lamp = lamps[random() % lamps.size()];
         const Vec3 way = Sub(lamp, soup.vertices[triangle[0]]);
         if (Dot(way, way) > LampReach * LampReach || Dot(way, normal) > 0) continue;
-        for (size_t i = 0; i < RunLength; i++) rays.push_back({pointOn(triangle, Negate(normal)), lamp});
+        for (size_t i = 0; i < RunLength; i++) {
+            rays.push_back({pointOn(triangle, Negate(normal)), lamp,
+                            soup.surfaces[static_cast<size_t>(&triangle - soup.triangles.data())]});
+        }
     }
     if (!inRuns) std::shuffle(rays.begin(), rays.end(), random);
     return rays;
@@ -158,6 +164,12 @@ size_t CountByTree(std::span<const Segment> rays, bool culling) {
 size_t CountBlocked(std::span<const Segment> rays) {
     return static_cast<size_t>(
         std::count_if(rays.begin(), rays.end(), [](const Segment& s) { return IsRayBlocked(s.start, s.end, -1); }));
+}
+
+// As radiosity asks: the start's own surface does not count when it comes first.
+size_t CountBlockedByOthers(std::span<const Segment> rays) {
+    return static_cast<size_t>(std::count_if(rays.begin(), rays.end(),
+                                             [](const Segment& s) { return IsRayBlocked(s.start, s.end, s.surface); }));
 }
 
 // Every triangle until one is hit.
@@ -279,13 +291,14 @@ void CompareShadowRays(benchmark::State& state, const Vec3& lampOffset, bool inR
     const std::vector<Segment> rays = ShadowRays(soup, 65536, lampOffset, inRuns);
     const std::span<const Segment> few(rays.data(), std::max<size_t>(64, 2000000 / soup.triangles.size()) / 64 * 64);
     BuildRayScene();
-    Timing any, face, either, brute;
+    Timing any, others, face, either, brute;
 #if defined(K2K_HAVE_EMBREE)
     const EmbreeScene culled(soup, true), unculled(soup, false);
     Timing embree, embreeEither;
 #endif
     for (auto _ : state) {
         any.Take([&] { return CountBlocked(rays); });
+        others.Take([&] { return CountBlockedByOthers(rays); });
         face.Take([&] { return CountByTree(rays, true); });
         either.Take([&] { return CountByTree(rays, false); });
         brute.Take([&] { return CountByEveryTriangle(soup, few); });
@@ -304,6 +317,7 @@ void CompareShadowRays(benchmark::State& state, const Vec3& lampOffset, bool inR
     state.counters["embree_blocked"] = static_cast<double>(embree.blocked) / count;
     state.counters["to_embree"] = embree.seconds / any.seconds;
     state.counters["to_embree_unculled"] = embreeEither.seconds / any.seconds;
+    state.counters["others_to_embree"] = embree.seconds / others.seconds;
     state.counters["first_face_to_embree"] = embree.seconds / face.seconds;
     state.counters["first_of_either_to_embree"] = embreeEither.seconds / either.seconds;
 #endif

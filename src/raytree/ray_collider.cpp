@@ -110,7 +110,6 @@ class Walk {
         return false;
     }
 
-  private:
     bool MeetsTriangle(uint32_t number, CollisionFace& face) const {
         const auto& [a, b, c] = model_.mesh().triangles[number];
         const auto& vertices = model_.mesh().vertices;
@@ -123,6 +122,7 @@ class Walk {
         return meets && face.distance < collider_.maxDistance;
     }
 
+  private:
     // Of the node and of all above it. Rounding cannot make the ray miss those around a box that is met inside of the
     // margin.
     bool MeetsAllBoxes(uint32_t node, float margin) const {
@@ -216,6 +216,12 @@ bool RayCollider::MeetsAny(const Ray& ray, const Model& model, LastBlocker& last
     bool meets = false;
     WithStack(model.wide()->stackSize(), [&](uint32_t* stack) { meets = walk.MeetsAny(*margin, stack, last); });
     return meets;
+}
+
+bool RayCollider::MeetsTriangle(const Ray& ray, const Model& model, uint32_t triangle) const {
+    std::vector<CollisionFace> unused;
+    CollisionFace face;
+    return Walk(*this, ray, model, unused).MeetsTriangle(triangle, face);
 }
 
 }  // namespace k2k::Opcode

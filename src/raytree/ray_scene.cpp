@@ -1,5 +1,8 @@
 #include "raytree/ray_scene.h"
 
+#include <algorithm>
+#include <numeric>
+
 #include "driver/build_log.h"
 #include "levelfile/geometry_data.h"
 #include "raytree/last_blocker.h"
@@ -13,6 +16,7 @@ struct RayScene {
     std::vector<Vec3> vertices;  // of the meshes that give triangles
     std::vector<std::array<uint32_t, 3>> triangles;
     std::vector<uint32_t> triangleSurfaces;
+    std::vector<uint32_t> bySurface;        // triangles, those of a surface in a row
     std::vector<int32_t> meshLastTriangle;  // index of the last triangle added when the mesh was done, -1 for none
     Opcode::MeshInterface mesh;
     Opcode::Model model;
@@ -48,6 +52,25 @@ void AddMesh(RayScene& scene, const CMesh& mesh) {
     scene.meshLastTriangle.push_back(static_cast<int32_t>(scene.triangles.size()) - 1);
 }
 
+void SortBySurface(RayScene& scene) {
+    scene.bySurface.resize(scene.triangles.size());
+    std::iota(scene.bySurface.begin(), scene.bySurface.end(), 0U);
+    std::stable_sort(scene.bySurface.begin(), scene.bySurface.end(),
+                     [&](uint32_t a, uint32_t b) { return scene.triangleSurfaces[a] < scene.triangleSurfaces[b]; });
+}
+
+// Whether the ray meets a triangle of the surface, in its boxes or not.
+bool MeetsSurface(const RayScene& scene, const Opcode::RayCollider& collider, const Opcode::Ray& ray,
+                  uint32_t surface) {
+    const auto first =
+        std::lower_bound(scene.bySurface.begin(), scene.bySurface.end(), surface,
+                         [&](uint32_t triangle, uint32_t wanted) { return scene.triangleSurfaces[triangle] < wanted; });
+    for (auto at = first; at != scene.bySurface.end() && scene.triangleSurfaces[*at] == surface; ++at) {
+        if (collider.MeetsTriangle(ray, scene.model, *at)) return true;
+    }
+    return false;
+}
+
 bool BoxHolds(const CMesh& mesh, const Vec3& point) {
     for (size_t k = 0; k < 3; k++) {
         if (!(point[k] >= mesh.mins[k] && point[k] <= mesh.maxs[k])) return false;
@@ -77,6 +100,7 @@ void BuildRayScene() {
     for (const CMesh& mesh : Geometry().meshes) AddMesh(scene, mesh);
     if (scene.vertices.empty() || scene.triangles.empty()) return;
     scene.noTree = false;
+    SortBySurface(scene);
     scene.mesh = {scene.vertices, scene.triangles};
     if (!scene.model.Build({&scene.mesh, {}})) BuildLog("\nCould not build collision tree !\n");
 }
@@ -105,16 +129,19 @@ bool QueryRay(const Vec3& start, const Vec3& end, bool culling, bool closestHit,
 
 bool IsRayBlocked(const Vec3& start, const Vec3& end, int32_t excludeSurface) {
     thread_local Opcode::LastBlocker last;
-    if (Scene().noTree) return false;
+    const RayScene& scene = Scene();
+    if (scene.noTree) return false;
     Opcode::Ray ray{start, Sub(end, start)};
     Opcode::RayCollider collider;
     collider.maxDistance = Normalize(ray.direction);
-    if (collider.ValidateSettings() != nullptr || !collider.MeetsAny(ray, Scene().model, last)) return false;
+    if (collider.ValidateSettings() != nullptr || !collider.MeetsAny(ray, scene.model, last)) return false;
     if (excludeSurface < 0) return true;
+    const auto excluded = static_cast<uint32_t>(excludeSurface);
+    if (!MeetsSurface(scene, collider, ray, excluded)) return true;
     // Only the first triangle in the tree's order decides whether the excluded surface stopped the ray.
     thread_local std::vector<CollisionFace> faces;
     QueryRay(start, end, true, false, true, faces);
-    return TriangleSurface(faces.front().faceId) != static_cast<uint32_t>(excludeSurface);
+    return TriangleSurface(faces.front().faceId) != excluded;
 }
 
 uint32_t TriangleSurface(uint32_t faceId) {

@@ -142,6 +142,9 @@ class RayCollider : public Collider {
 
     // Whether Collide finds any triangle, without saying which. The last one that did is tried first.
     bool MeetsAny(const Ray& ray, const Model& model, LastBlocker& last) const;
+
+    // Whether the segment meets this triangle, boxes aside. Collide finds no others.
+    bool MeetsTriangle(const Ray& ray, const Model& model, uint32_t triangle) const;
 };
 
 }  // namespace k2k::Opcode

@@ -113,6 +113,7 @@ TEST_F(RaySceneTest, ARayWithoutLengthIsRefused) {
     BuildRayScene();
     EXPECT_FALSE(QueryRay({2, 2, 0}, {2, 2, 0}, false, false, false, faces_));
     EXPECT_TRUE(faces_.empty());
+    EXPECT_FALSE(IsRayBlocked({2, 2, 0}, {2, 2, 0}, -1));
 }
 
 TEST_F(RaySceneTest, CullingPassesATriangleFromItsOtherSide) {
