@@ -4,7 +4,6 @@
 #include "driver/build_options.h"
 #include "levelfile/file_klv.h"
 #include "levelfile/mesh_chunk.h"
-#include "levelfile/texture_data.h"
 
 namespace k2k {
 
@@ -29,7 +28,6 @@ void CGeometryData::Read(CFileKLV& file) {
 }
 
 void CGeometryData::Write(CFileKLV& file) {
-    if (!Textures().WritesLightmapPages()) LeaveLightmapPages();
     file.WriteChunk(Chunk::Info, &info, sizeof(info));
     file.WriteRecords(Chunk::Vertices, vertices);
     if (edges.size() == 1) {
@@ -44,13 +42,6 @@ void CGeometryData::Write(CFileKLV& file) {
     std::vector<uint8_t> chunk;
     if (Options().mesh) chunk = WriteMeshes(meshes);
     file.WriteChunk(Chunk::Meshes, chunk.data(), chunk.size());
-}
-
-// Pages can be lost between two saves; nothing may lead to them then.
-void CGeometryData::LeaveLightmapPages() {
-    for (SurfaceRecord& surface : surfaces) {
-        if (surface.lightPage != 0) surface.LeaveLightmapPage();
-    }
 }
 
 void CGeometryData::PrintStats() {

@@ -30,9 +30,6 @@ class CGeometryData : public CStorable {
     std::vector<int32_t> DetailReject;  // numbers of detail blocks that are to be read as plain ones
     int32_t SurfaceFaceCount = 0;       // surfaces whose texinfo was cleared by a merge
     float levelExtent = 0;              // largest size of the world along an axis; 0 when not known
-
-  private:
-    void LeaveLightmapPages();
 };
 
 // The data set of the level in work. A stage that wants a clean start calls Clear on it.

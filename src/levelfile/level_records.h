@@ -64,16 +64,6 @@ struct SurfaceRecord {
     void SetMeshPosition(uint16_t x, uint16_t y) {
         lightOffset = static_cast<uint32_t>(x) | static_cast<uint32_t>(y) << 16U;
     }
-    // As a surface of the same level that has no lightmap.
-    void LeaveLightmapPage() {
-        lightShift = NoLightmapShift;
-        lightPage = 0;
-        if (lightX == MeshPagePosition) {
-            SetMeshPosition(0, 0);
-        } else {
-            lightX = lightY = 0;
-        }
-    }
 };
 static_assert(sizeof(SurfaceRecord) == 24);
 

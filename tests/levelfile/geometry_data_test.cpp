@@ -4,7 +4,6 @@
 
 #include "levelfile/bytes.h"
 #include "levelfile/level_state.h"
-#include "levelfile/texture_data.h"
 
 namespace k2k {
 namespace {
@@ -51,7 +50,6 @@ TEST_F(GeometryData, TablesStandByteByByte) {
     surface.lightOffset = 9;
     surface.planeNumber = 10;
     Geometry().surfaces = {surface};
-    Textures().pages.assign(7, std::vector<uint8_t>(SmallestPageBytes));
     const std::vector<uint8_t> file = Saved();
     EXPECT_EQ(ChunkOf(file, Chunk::Vertices), Bytes().Floats({1, 2, 3}).get());
     EXPECT_EQ(ChunkOf(file, Chunk::Edges), Bytes().U32(0).U32(0).U32(4).U32(5).get());
@@ -73,31 +71,16 @@ TEST_F(GeometryData, OnMeshLevelsTheLightOffsetHoldsTwoPositions) {
     EXPECT_EQ(surface.meshY(), 2);
 }
 
-TEST_F(GeometryData, ALevelWithoutPagesHasNoPlacesOnThem) {
-    SurfaceRecord unlit, placed, ofMesh;
-    unlit.lightOffset = 0xFFFFFFFFU;  // as before any lighting
-    placed.lightShift = ofMesh.lightShift = 4;
-    placed.lightPage = ofMesh.lightPage = 1;
+TEST_F(GeometryData, PlacesOnPagesThatAreLostStay) {
+    SurfaceRecord placed;
+    placed.lightShift = 4;
+    placed.lightPage = 1;
     placed.lightX = placed.lightY = 9;
-    placed.lightOffset = 20;  // the blank block
-    ofMesh.lightX = ofMesh.lightY = 255;
-    ofMesh.SetMeshPosition(300, 2);
-    Geometry().surfaces = {unlit, placed, ofMesh};
-    Textures().pages.assign(2, std::vector<uint8_t>(SmallestPageBytes));
-    const auto lightFields = [](const std::vector<uint8_t>& file, size_t row) {
-        const std::vector<uint8_t> rows = ChunkOf(file, Chunk::Surfaces);
-        const auto first = rows.begin() + static_cast<std::ptrdiff_t>(row * sizeof(SurfaceRecord) + 12);
-        return std::vector<uint8_t>(first, first + 8);
-    };
-    const std::vector<uint8_t> lit = Saved();
-    EXPECT_EQ(lightFields(lit, 1), Bytes().U8(4).U8(1).U8(9).U8(9).U32(20).get());
-    EXPECT_EQ(lightFields(lit, 2), Bytes().U8(4).U8(1).U8(255).U8(255).U16(300).U16(2).get());
-
-    Textures().pages.clear();
-    const std::vector<uint8_t> file = Saved();
-    EXPECT_EQ(lightFields(file, 0), Bytes().Zeros(4).U32(0xFFFFFFFFU).get());
-    EXPECT_EQ(lightFields(file, 1), Bytes().U8(255).U8(0).U8(0).U8(0).U32(20).get());
-    EXPECT_EQ(lightFields(file, 2), Bytes().U8(255).U8(0).U8(255).U8(255).U32(0).get());
+    placed.lightOffset = 20;
+    Geometry().surfaces = {placed};
+    const std::vector<uint8_t> rows = ChunkOf(Saved(), Chunk::Surfaces);
+    EXPECT_EQ(std::vector<uint8_t>(rows.begin() + 12, rows.begin() + 20),
+              Bytes().U8(4).U8(1).U8(9).U8(9).U32(20).get());
 }
 
 TEST_F(GeometryData, ALevelWithoutBlocksHasNoTablesButAnInfoBlock) {
