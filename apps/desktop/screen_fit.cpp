@@ -1,6 +1,5 @@
 #include "desktop/screen_fit.h"
 
-#include <QApplication>
 #include <QScreen>
 #include <QScrollBar>
 #include <algorithm>

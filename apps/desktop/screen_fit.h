@@ -1,6 +1,7 @@
 // Windows that stay on the screen, however large their text is.
 #pragma once
 
+#include <QApplication>
 #include <QScrollArea>
 #include <QSize>
 
@@ -19,6 +20,8 @@ class ContentArea : public QScrollArea {
   public:
     // Takes the content over.
     explicit ContentArea(QWidget* content);
+    // The focus leaves the content while that goes, which is no business of the area any more.
+    ~ContentArea() override { disconnect(qApp, nullptr, this, nullptr); }
 
     QSize sizeHint() const override;
 };

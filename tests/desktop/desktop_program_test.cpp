@@ -12,7 +12,6 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QSlider>
-#include <clocale>
 #include <cstdlib>
 
 #include "desktop/build_thread.h"
@@ -256,16 +255,6 @@ TEST_F(TheDesktopProgram, LeavesABuildThatGoesOnWhenItIsAborted) {
     EXPECT_FALSE(build.Ended());
     stageMayEnd = true;
     WaitFor([&] { return build.Ended(); }, "the build ends");
-}
-
-TEST_F(TheDesktopProgram, ReadsNumbersAsTheConsoleDoes) {
-    const char* withComma = nullptr;
-    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8"})
-        if (withComma == nullptr) withComma = std::setlocale(LC_ALL, name);
-    if (withComma == nullptr) GTEST_SKIP() << "no language with another decimal point is installed";
-    UsePlainLocale();
-    EXPECT_STREQ(std::localeconv()->decimal_point, ".");
-    std::setlocale(LC_ALL, "C");
 }
 
 }  // namespace

@@ -28,7 +28,10 @@ def wait_for(what, condition):
 @contextlib.contextmanager
 def virtual_screen():
     reader, writer = os.pipe()
-    command = ["Xvfb", "-displayfd", str(writer), "-screen", "0", f"{SCREEN[0]}x{SCREEN[1]}x24", "-nolisten", "tcp"]
+    screen = f"{SCREEN[0]}x{SCREEN[1]}x24"
+    # -noreset: a server that starts anew when its last client leaves would refuse the next one for a moment; -r: a key
+    # that is held does not repeat.
+    command = ["Xvfb", "-displayfd", str(writer), "-screen", "0", screen, "-nolisten", "tcp", "-noreset", "-r"]
     server = subprocess.Popen(command, pass_fds=[writer], stderr=subprocess.DEVNULL)
     os.close(writer)
     try:
@@ -42,9 +45,12 @@ def virtual_screen():
         server.wait()
 
 
+def xdotool_run(*words):
+    return subprocess.run(["timeout", "10", "xdotool", *map(str, words)], capture_output=True, text=True)
+
+
 def xdotool(*words):
-    command = ["timeout", "10", "xdotool", *map(str, words)]
-    return subprocess.run(command, capture_output=True, text=True).stdout.split()
+    return xdotool_run(*words).stdout.split()
 
 
 def window_of(title):
@@ -82,9 +88,11 @@ class Program:
         return wait_for("the window", lambda: window_of(MAIN))
 
     def press(self, key, title=MAIN):
-        """Without a window manager nobody else gives a window the keys. It may be gone meanwhile."""
-        if window := window_of(title):
-            xdotool("windowfocus", window, "key", key)
+        """Without a window manager nobody else gives a window the keys. It may be gone meanwhile; xdotool then stops where
+        it is, which must not be between pressing a key and letting it go."""
+        window = window_of(title)
+        if window and xdotool_run("windowfocus", window).returncode == 0:
+            xdotool("key", key)
 
     def press_until(self, key, what, condition, title=MAIN):
         """A key can come before a window is ready for it, so it is pressed until it works."""
@@ -126,9 +134,14 @@ def expect(condition, what):
         sys.exit(f"not so: {what}")
 
 
+def expect_equal(found, wanted, what):
+    if found != wanted:
+        sys.exit(f"not so: {what}, but with {found}")
+
+
 def builds_and_closes_by_itself(programs):
     with Program(programs, "house.$$M", "-pal", "palette.pcx", "-solidsky", "-close") as program:
-        expect(program.status() == 0, "a finished build ends with 0")
+        expect_equal(program.status(), 0, "a finished build ends with 0")
         level = program.folder / "house.klv"
         made = level.read_bytes()
         command = [program.console, "house.$$M", "-pal", "palette.pcx", "-solidsky"]
@@ -141,13 +154,13 @@ def is_watched_and_closed(programs):
         program.window()
         wait_for("the end of the build", lambda: "\nTime:" in program.log())
         program.press_until("Return", "the end", program.ended)
-        expect(program.status() == 0, "Ok ends with 0")
+        expect_equal(program.status(), 0, "Ok ends with 0")
 
 
 def cancels_the_dialog(programs):
     with Program(programs, "house.$$M", "-pal", "palette.pcx", "-dialog") as program:
         program.press_until("Escape", "the end", program.ended)
-        expect(program.status() == 0, "Cancel ends with 0")
+        expect_equal(program.status(), 0, "Cancel ends with 0")
         expect(not (program.folder / "house.klv").exists(), "nothing was built")
 
 
@@ -176,7 +189,7 @@ def shows_a_fatal_error(programs):
         program.press_until("Escape", "the question's end", lambda: not asks(), QUESTION)
         expect(not program.ended(), "No leaves the window")
         program.abort()
-        expect(program.status() == 1, "a fatal error ends with 1")
+        expect_equal(program.status(), 1, "a fatal error ends with 1")
 
 
 def aborts_a_build(programs):
@@ -184,7 +197,7 @@ def aborts_a_build(programs):
     os.mkfifo(program.folder / "endless.$$M")  # a map that nobody writes
     with program:
         program.abort()
-        expect(program.status() == 0, "an abort ends with 0")
+        expect_equal(program.status(), 0, "an abort ends with 0")
 
 
 def asks_for_files(programs):
@@ -196,9 +209,23 @@ def asks_for_files(programs):
     with program:
         # Return takes the files, then the options of the settings.
         program.press_until("Return", "the end", program.ended)
-        expect(program.status() == 0, "the build ends with 0")
+        expect_equal(program.status(), 0, "the build ends with 0")
         expect((program.folder / "house.klv").exists(), "the level is there")
         expect("-close -solidsky" in program.settings(), "the settings are kept")
+
+
+def writes_numbers_in_any_language(programs):
+    """In a language with a decimal comma the numbers of the command string keep their point."""
+    program = Program(programs, "house.$$M", "-pal", "palette.pcx", "-dialog")
+    (program.folder / "source").write_text('LC_NUMERIC\ndecimal_point ","\nthousands_sep ""\ngrouping -1\nEND LC_NUMERIC\n')
+    if not shutil.which("localedef"):
+        print("left out: localedef is missing")
+        return
+    subprocess.run(["localedef", "-c", "-i", "source", "./comma"], cwd=program.folder, capture_output=True)
+    program.environment |= {"LOCPATH": str(program.folder), "LC_ALL": "", "LC_NUMERIC": "comma"}
+    with program:
+        program.press_until("Return", "the run", lambda: "Commandline=" in program.settings())
+        expect("-gamma 1.50 " in program.settings(), "the point of 1.50")
 
 
 def fits_the_screen_at_200_percent(programs):
@@ -222,11 +249,11 @@ def main():
             print(f"skipped: {tool} is missing (scripts/install-deps test)")
             return 77
     programs = [pathlib.Path(path).resolve() for path in sys.argv[1:4]]
-    with virtual_screen():
-        for use in [builds_and_closes_by_itself, is_watched_and_closed, cancels_the_dialog,
-                    builds_with_the_dialogs_options, shows_a_fatal_error, aborts_a_build, asks_for_files,
-                    fits_the_screen_at_200_percent]:
-            print(use.__name__, flush=True)
+    for use in [builds_and_closes_by_itself, is_watched_and_closed, cancels_the_dialog, builds_with_the_dialogs_options,
+                shows_a_fatal_error, aborts_a_build, asks_for_files, writes_numbers_in_any_language,
+                fits_the_screen_at_200_percent]:
+        print(use.__name__, flush=True)
+        with virtual_screen():
             use(programs)
     return 0
 
