@@ -2,7 +2,10 @@
 #include "vis/visibility_stage.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
+#include <cstring>
+#include <filesystem>
 #include <string>
 
 #include "driver/build_log.h"
@@ -24,7 +27,12 @@ bool IsZoomed(const BuildOptions& options) {
     return options.zoomlevel != 0 && options.zoomlevel != 1;
 }
 
+// The first stage leaves a level; one that has gone since is not to come back without its entities.
 bool LoadLevel(CFileKLV& file) {
+    std::error_code error;
+    if (!std::filesystem::exists(file.name(), error)) {
+        FatalError("Can't open %s - %s", file.name().c_str(), std::strerror(ENOENT));
+    }
     return file.Open(false) && file.Load();
 }
 

@@ -159,6 +159,13 @@ TEST_F(VisibilityStageTest, WithoutALevelPathTheResultIsMinus1) {
     EXPECT_EQ(VisibilityStage(), -1);
 }
 
+TEST_F(VisibilityStageTest, ALevelThatHasGoneIsNotMadeAnew) {
+    MakeLevel(4, Corner);
+    std::filesystem::remove(Paths().LevelPath);
+    ExpectFatal([] { VisibilityStage(); }, "Can't open " + Paths().LevelPath + " - No such file or directory");
+    EXPECT_FALSE(std::filesystem::exists(Paths().LevelPath));
+}
+
 TEST_F(VisibilityStageTest, WithoutAPortalFileTheStageFails) {
     MakeLevel(4, Corner);
     std::filesystem::remove(folder.File("level.$$p"));
