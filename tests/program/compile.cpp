@@ -34,12 +34,26 @@ levelcheck::LevelView LoadLevel(const std::string& path) {
     return levelcheck::ReadLevel(ReadBytes(path));
 }
 
+fs::path ExampleFolder() {
+    return K2K_EXAMPLES;
+}
+
 void TakeExample(const std::string& dialect, const std::string& name) {
-    const fs::path examples = K2K_EXAMPLES;
+    const fs::path examples = ExampleFolder();
     fs::copy_file(examples / dialect / (name + ".$$M"), name + ".$$M");
     for (const char* file :
          {"textures.$$w", "textures7.$$w", "palette.raw", "palette.lmp", "palette.pcx", "palette.bmp", "palette.lbm"})
         fs::copy_file(examples / file, file, fs::copy_options::skip_existing);
+}
+
+std::map<std::string, std::string> UserFiles() {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::directory_iterator(".")) {
+        const std::string name = entry.path().filename();
+        if (entry.is_regular_file() && name != "level.klv" && name != "level.$$p" && !name.starts_with("K2K.ini"))
+            files[name] = ReadFile(name);
+    }
+    return files;
 }
 
 Compiled CompileLevel(const std::string& name, std::vector<std::string> options) {

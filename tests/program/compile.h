@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -22,6 +24,9 @@ inline ProcessResult RunK2k(std::vector<std::string> arguments) {
 
 levelcheck::LevelView LoadLevel(const std::string& path);
 
+// The folder of the example levels, one folder a dialect in it.
+std::filesystem::path ExampleFolder();
+
 // Copies NAME.$$M of a dialect ("50", "51" or "71"; "" for the room), its textures and palettes to the working
 // directory.
 void TakeExample(const std::string& dialect, const std::string& name);
@@ -32,6 +37,9 @@ struct Compiled {
     levelcheck::LevelView level;
 };
 Compiled CompileLevel(const std::string& name, std::vector<std::string> options = {});
+
+// The bytes of the files that a build only reads: all in the working directory but those that it makes.
+std::map<std::string, std::string> UserFiles();
 
 // A texture file with an image for each name that small maps use.
 std::vector<uint8_t> SmallTextures();

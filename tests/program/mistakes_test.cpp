@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <map>
 
 #include "program/compile.h"
 #include "program/level_bytes.h"
@@ -18,17 +17,6 @@ using ::testing::HasSubstr;
 class Mistakes : public SmallMapTest {
   protected:
     Mistakes() { Write(OneRoom()); }
-
-    // The files that a build reads.
-    static std::map<std::string, std::string> UserFiles() {
-        std::map<std::string, std::string> files;
-        for (const auto& entry : fs::directory_iterator(".")) {
-            const std::string name = entry.path().filename();
-            if (entry.is_regular_file() && name != "level.klv" && name != "level.$$p" && name != "K2K.ini")
-                files[name] = ReadFile(name);
-        }
-        return files;
-    }
 
     // Stage 1 fails with this message, and leaves all files as they were.
     static void ExpectFailure(const std::string& message) {
