@@ -37,7 +37,7 @@ int RunDesktop(std::span<const char* const> arguments, const StageEntries& stage
     RunWindow window([](int status) { QCoreApplication::exit(status); });
     const BuildThread build(*command, stages, window);
     const int status = QCoreApplication::exec();
-    if (!build.Ended()) {
+    if (!build.Ended() && !window.RunDisplay().RunFinished()) {
         std::fflush(nullptr);
         std::_Exit(status);
     }

@@ -112,7 +112,7 @@ void RunWindow::EndRun(const RunEnd& end) {
 }
 
 void RunWindow::reject() {
-    if (running_)
+    if (running_ && !display_.RunFinished())
         AskToAbort();
     else
         Quit();

@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
 #include <QSlider>
@@ -84,7 +85,11 @@ class TheDesktopProgram : public test::BuildState {
     static QString CaptionOf(RunWindow& window) { return Find<QLabel>(window, "caption").text(); }
     static QString TextOf(RunWindow& window) { return Find<QPlainTextEdit>(window, "text").toPlainText(); }
     static bool AtTheEnd(RunWindow& window) { return CaptionOf(window) == "Ok"; }
-    static bool AtAnError(RunWindow& window) { return CaptionOf(window) == "Error"; }
+    // The bar is full when the window knows how the run ended.
+    static bool AtAnError(RunWindow& window) {
+        const auto& bar = Find<QProgressBar>(window, "progress");
+        return CaptionOf(window) == "Error" && bar.value() == bar.maximum();
+    }
     static void Close(RunWindow& window) { window.close(); }
 
     // Closes the window, and says yes to the question.

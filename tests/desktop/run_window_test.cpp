@@ -212,6 +212,15 @@ TEST_F(ARunWindow, ClosesWithoutAQuestionAfterTheEnd) {
     EXPECT_EQ(Question(), nullptr);
 }
 
+TEST_F(ARunWindow, ClosesWithoutAQuestionAsSoonAsTheButtonSaysOk) {
+    Start();
+    Display().SetButton("Ok");
+    WaitFor([this] { return Button().text() == "&Ok"; }, "the button");
+    Button().click();
+    EXPECT_EQ(Question(), nullptr);
+    EXPECT_EQ(status_, 0);
+}
+
 TEST_F(ARunWindow, ClosesByItselfWhenAsked) {
     Start();
     window_.EndRun({.status = 0, .finished = true, .close = true});
