@@ -48,8 +48,9 @@ QPlainTextEdit* MakeTextView() {
 QSize TextSize(const QPlainTextEdit& view) {
     const QFontMetrics metrics = view.fontMetrics();
     const int margins = 2 * (view.frameWidth() + static_cast<int>(view.document()->documentMargin()));
-    return {metrics.horizontalAdvance('m') * static_cast<int>(TextView::Columns) + margins +
-                view.verticalScrollBar()->sizeHint().width(),
+    // The advance of one letter is rounded, so that of the line is asked for.
+    const QString line(static_cast<qsizetype>(TextView::Columns), 'm');
+    return {metrics.horizontalAdvance(line) + margins + view.verticalScrollBar()->sizeHint().width(),
             metrics.lineSpacing() * VisibleLines + margins};
 }
 

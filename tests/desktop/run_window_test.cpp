@@ -84,6 +84,13 @@ TEST_F(ARunWindow, ShowsTextThatIsNoAscii) {
     WaitForText(QString::fromUtf8("Couldn\u00B4t \u20AC"));
 }
 
+TEST_F(ARunWindow, HasRoomForAWholeLineAndARunThatScrolls) {
+    Start();
+    for (int i = 0; i < 60; ++i) Display().Text(std::string(79, 'm') + "\n");
+    WaitFor([this] { return Text().verticalScrollBar()->isVisible(); }, "more lines than the window shows");
+    EXPECT_FALSE(Text().horizontalScrollBar()->isVisible());
+}
+
 TEST_F(ARunWindow, ShowsAFirstLineThatIsEmpty) {
     Display().Text("\nnext");
     WaitForText("\nnext");
