@@ -24,9 +24,19 @@ namespace {
 
 constexpr int VisibleLines = 30;
 
+// A name in a message may hold what Qt takes for the end of a line; a blank stands for it, as the view counts on its
+// lines being those of the run.
+QString OneLine(const std::string& line) {
+    constexpr QStringView LineEnds = u"\r\u2028\u2029\uFDD0\uFDD1";
+    QString text = QString::fromStdString(line);
+    std::ranges::replace_if(
+        text, [&](QChar c) { return LineEnds.contains(c); }, ' ');
+    return text;
+}
+
 QString Join(std::span<const std::string> lines) {
     QString text;
-    for (const std::string& line : lines) text += '\n' + QString::fromStdString(line);
+    for (const std::string& line : lines) text += '\n' + OneLine(line);
     return text.mid(1);
 }
 

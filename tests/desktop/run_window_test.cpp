@@ -91,6 +91,14 @@ TEST_F(ARunWindow, HasRoomForAWholeLineAndARunThatScrolls) {
     EXPECT_FALSE(Text().horizontalScrollBar()->isVisible());
 }
 
+TEST_F(ARunWindow, ShowsWhatWouldEndALineAsABlank) {
+    Start();
+    Display().Text(" a\rb\u2028c\u2029d\uFDD0e\uFDD1f\nnext");
+    WaitForText("Building ... a b c d e f\nnext");
+    Display().Text(" ok");
+    WaitForText("Building ... a b c d e f\nnext ok");
+}
+
 TEST_F(ARunWindow, ShowsAFirstLineThatIsEmpty) {
     Display().Text("\nnext");
     WaitForText("\nnext");
