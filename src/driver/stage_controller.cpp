@@ -45,7 +45,7 @@ int StageController::Run() {
 
 void StageController::Handle(PostedMessage posted) {
     if (posted.message == Message::WorkerEnded)
-        running_ = false;
+        Leave();
     else if ((posted.word & StageBits::Failed) != 0)
         Stop();
     else if (!OptionsValid)
@@ -88,6 +88,12 @@ void StageController::ShowOk() {
     BuildLog("\n ");
     display_.SetButton("Ok");
     display_.SetCaption("Ok");
+}
+
+// The run never finishes; the display keeps the state that it has come to.
+void StageController::Leave() {
+    running_ = false;
+    tick_.Handle();
 }
 
 void StageController::Stop() {

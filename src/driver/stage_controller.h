@@ -27,6 +27,7 @@ class StageController {
     void StartNextStage();
     void StartStage(size_t stage);
     void Finish();
+    void Leave();
     void Stop();
     void ShowOk();
 

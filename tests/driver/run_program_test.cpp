@@ -24,6 +24,7 @@ namespace k2k {
 namespace {
 
 using ::testing::Contains;
+using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -263,6 +264,16 @@ TEST_F(ARun, EndsUnfinishedWithItsWorker) {
     EXPECT_EQ(ran, "gvl");
     EXPECT_THAT(display_.text, Not(HasSubstr("Time:")));
     EXPECT_THAT(display_.events, IsEmpty());
+}
+
+TEST_F(ARun, ShowsHowFarItCameWhenItEndsWithItsWorker) {
+    stages_.colours = []() -> int {
+        StartProgress(4);
+        ProgressDone = 3;
+        throw ProgramExit(-1);
+    };
+    Run("map -pal x");
+    EXPECT_THAT(display_.events, ElementsAre("range 4", "caption colors", "done 3"));
 }
 
 TEST_F(ARun, KeepsTheCommandStringAsSettings) {
