@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 #include "driver/settings.h"
 #include "support/build_state.h"
@@ -13,6 +16,7 @@
 namespace k2k {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -153,6 +157,52 @@ TEST_F(Dialog, EverySliderHasItsRange) {
         EXPECT_TRUE(std::ranges::any_of(Stands, at(row.least))) << row.label;
         EXPECT_TRUE(std::ranges::any_of(Stands, at(row.most))) << row.label;
     }
+}
+
+// The texts beside the sliders, in their order.
+constexpr std::pair<const char*, const char*> LabelsAndToolTips[] = {
+    {"Visibility calculations :", "off= fast build, low fps / on= slow build, high fps"},
+    {"Light calculations :", "low= fast build, poor lights / high= slow build, nice lights"},
+    {"Warnings :", ""},
+    {"Detail faces:", ""},
+    {"CPUs to be used :", "Threadcount, should be set to number of installed CPUs for fast build"},
+    {"Lightmap gamma :", "Contrast/brightness for static shadows. Default 1.50"},
+    {"Zoom-level :", ""},
+    {"Phong jitter:", ""},
+    {"Lightmap ambient :", "0=better shadow gradient / 100=more ambient light"},
+    {"Tesselate shaded:", "Subdivide every N texels. Low=nice dyn. lighting, high=high fps"},
+    {"Tesselate flat :", "Subdivide every N texels. Low=nice dyn. lighting, auto=high fps"},
+    {"Tesselate turbulence:", "Subdivide every N texels. Low=nice dyn. lighting, auto=high fps"},
+    {"Lightmap scale v7:", "Lightmap scale. 0.01 means low quality / 8.0 means very high quality."},
+    {"Light compress at:", "Light compression. Low=less overexposure."},
+    {"Light limiting at:", "Light exposure threshold. Low=darker. High=brighter. Default=196"},
+    {"Light scale:", "Lightsource brightness scale. Default=0.5"},
+    {"Rad. subdivision:", "Radiosity patch subdivision. Small=slow build / High=Poor quality."},
+    {"Rad. bouncing:", "Radiosity reflection amount. Zero=no radiosity / More=Less shadows."},
+};
+
+TEST_F(Dialog, EverySliderHasItsLabelAndItsToolTip) {
+    ASSERT_EQ(SliderRows().size(), std::size(LabelsAndToolTips));
+    for (size_t i = 0; i < SliderRows().size(); ++i) {
+        EXPECT_EQ(SliderRows()[i].label, LabelsAndToolTips[i].first);
+        EXPECT_EQ(SliderRows()[i].toolTip, LabelsAndToolTips[i].second);
+    }
+}
+
+TEST_F(Dialog, EveryOtherControlHasItsLabel) {
+    const auto labels = [](const auto& rows) {
+        std::vector<std::string_view> all;
+        for (const auto& row : rows) all.push_back(row.label);
+        return all;
+    };
+    EXPECT_THAT(labels(CheckBoxRows()),
+                ElementsAre("Don't snap vertices", "Lit maps only", "Write logfile", "Create Meshes",
+                            "Merge across leafs", "Lighting v2.0", "Close when done", "Solid sky", "Invisible==None"));
+    EXPECT_THAT(labels(BuildChoiceRows()), ElementsAre("Build BSP Map", "Build Simple Map", "Update Entities",
+                                                       "Update Textures", "Update Lights"));
+    EXPECT_THAT(
+        labels(TextRows()),
+        ElementsAre("Max. level size :", "Fat Hull offsets :", "Narrow Hull offsets :", "Command-line options :"));
 }
 
 // What the dialog sets; the palette and the map are not its own.
