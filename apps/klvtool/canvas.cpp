@@ -45,8 +45,9 @@ std::vector<double> Crossings(std::span<const Spot> polygon, double y) {
     return crossings;
 }
 
-// The fine pixels whose middles lie between two coordinates.
+// The fine pixels whose middles lie between two coordinates; none when one of them is no number.
 std::array<uint32_t, 2> Range(double low, double high, uint32_t limit) {
+    if (std::isnan(low) || std::isnan(high)) return {0, 0};
     const auto at = [&](double v) {
         return static_cast<uint32_t>(std::clamp(std::ceil(v * Smoothing - 0.5), 0.0, static_cast<double>(limit)));
     };

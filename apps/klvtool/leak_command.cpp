@@ -25,7 +25,9 @@ void DrawPlan(const LeakReport& report, const std::string& path) {
         plan.DrawWay(report.leak->way);
         plan.DrawViewpoint(report.leak->hole);
     }
-    plan.DrawLegend(report.leak ? "LEAK: THE RING IS AT THE HOLE" : "SEALED");
+    const char* ring = report.leak && report.leak->isOutside ? "LEAK: THE OBJECT AT THE RING STANDS OUTSIDE"
+                                                             : "LEAK: THE RING IS AT THE HOLE";
+    plan.DrawLegend(report.leak ? ring : "SEALED");
     WritePng(path, plan.Finished());
 }
 
@@ -57,6 +59,7 @@ Scene SceneOf(const LeakReport& report, const std::string& name) {
                                {"angles", std::vector<float>(3)},
                                {"name", object.type + " " + object.name}},
                               {}});
+    if (report.leak->isOutside) return scene;
     scene.entities.push_back(
         {EntityType::Sound, {{"position", place(report.leak->hole)}, {"name", std::string("hole")}}, {}});
     return scene;

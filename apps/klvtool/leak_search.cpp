@@ -132,7 +132,9 @@ class WaySearch {
     std::unordered_map<const CBspNode*, size_t> reached_;
 };
 
-// In how many of 26 directions nothing stands between a point and the margin of the map.
+constexpr int AllDirections = 26;
+
+// In how many of all directions nothing stands between a point and the margin of the map.
 int FreeDirections(const LeakMap& map, const Vec3& point) {
     const float reach = 2 * static_cast<float>(Distance(map.blocks.mins, map.blocks.maxs));
     int free = 0;
@@ -227,13 +229,16 @@ Leak MakeLeak(const LeakMap& map, const std::vector<WaySearch::Step>& steps) {
     leak.object = ObjectOf(steps.front().object);
     std::vector<Vec3> points{leak.object.origin};
     for (const WaySearch::Step& step : steps) points.push_back(step.point);
+    leak.way = Straightened(*map.root, points);
+    leak.isOutside = FreeDirections(map, leak.object.origin) > AllDirections / 2;
+    leak.hole = leak.object.origin;
+    if (leak.isOutside) return leak;
     const size_t hole = FindHole(map, points, steps);
     leak.hole = steps[hole].point;
     k2k::Vec3d low{}, high{};
     k2k::PolygonBounds(*steps[hole].portal->polygon, low, high);
     for (size_t axis = 0; axis < 3; axis++) leak.holeSize[axis] = high[axis] - low[axis];
     leak.nearest = NearestBlock(map.blocks, leak.hole);
-    leak.way = Straightened(*map.root, points);
     return leak;
 }
 
@@ -265,6 +270,13 @@ std::string Number(double value) {
     return text.data();
 }
 
+std::string DescribeHole(const Leak& leak) {
+    const LeakBlock& block = leak.nearest;
+    return "hole near " + Point(leak.hole) + ", " + Number(leak.holeSize[0]) + " x " + Number(leak.holeSize[1]) +
+           " x " + Number(leak.holeSize[2]) + " units\nnearest block " + std::to_string(block.number) + ", " +
+           block.texture + ", from " + Point(block.mins) + " to " + Point(block.maxs) + "\n";
+}
+
 }  // namespace
 
 LeakReport FindLeak(const std::string& mapPath, const std::string& options) {
@@ -286,10 +298,7 @@ std::string Describe(const LeakReport& report) {
     std::string text = "leak from object " + std::to_string(leak.object.number) + ", " + leak.object.type;
     if (!leak.object.name.empty()) text += " \"" + leak.object.name + "\"";
     text += ", at " + Point(leak.object.origin) + "\n";
-    text += "hole near " + Point(leak.hole) + ", " + Number(leak.holeSize[0]) + " x " + Number(leak.holeSize[1]) +
-            " x " + Number(leak.holeSize[2]) + " units\n";
-    text += "nearest block " + std::to_string(leak.nearest.number) + ", " + leak.nearest.texture + ", from " +
-            Point(leak.nearest.mins) + " to " + Point(leak.nearest.maxs) + "\n";
+    text += leak.isOutside ? "the object itself stands outside\n" : DescribeHole(leak);
     text += "way, " + std::to_string(leak.way.size()) + " points:\n";
     for (const Vec3& point : leak.way) text += "  " + Point(point) + "\n";
     return text;

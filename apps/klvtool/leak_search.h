@@ -26,8 +26,9 @@ struct LeakBlock {
 
 struct Leak {
     LeakObject object;
-    std::vector<Vec3> way;  // from the object to the outside
-    Vec3 hole{};            // the middle of the opening where the way leaves the level
+    bool isOutside = false;  // the object itself: there is no hole then
+    std::vector<Vec3> way;   // from the object to the outside
+    Vec3 hole{};             // the middle of the opening where the way leaves the level
     std::array<double, 3> holeSize{};
     LeakBlock nearest;  // to the hole
 };

@@ -50,7 +50,7 @@ std::span<const Command> Commands() {
 int RunTool(Arguments arguments) {
     try {
         const int status = Run(arguments);
-        if (std::fflush(stdout) != 0) throw std::runtime_error("can't write the output");
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) throw std::runtime_error("can't write the output");
         return status;
     } catch (const std::bad_alloc&) {
         std::fputs("klvtool: out of memory\n", stderr);

@@ -80,7 +80,7 @@ void ReadPageSize(LevelView& level) {
 }
 
 bool ReadHeader(LevelView& level) {
-    if (level.bytes.size() < HeaderSize || std::memcmp(level.bytes.data(), "KLV", 3) != 0) {
+    if (level.bytes.size() < HeaderSize || std::memcmp(level.bytes.data(), "KLV", 3) != 0 || level.bytes[3] == 0) {
         level.broken.push_back("header: no level file");
         return false;
     }

@@ -10,6 +10,7 @@ namespace {
 using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 constexpr double HoleY = 100, HoleZ = 60;
@@ -84,6 +85,15 @@ TEST_F(LeakSearch, SaysSoWhenNoObjectStandsInside) {
     const ProcessResult run = LeakOf(map);
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(run.out, StartsWith("no object stands in open space"));
+}
+
+TEST_F(LeakSearch, SaysSoWhenTheObjectItselfStandsOutside) {
+    const ProcessResult run = LeakOf(RoomWithHole(0).Light({400, 200, 40}, {1, 1, 1}, 100));
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(
+        run.out,
+        StartsWith("leak from object 2, light, at 400 200 40\nthe object itself stands outside\nway, 2 points:\n"));
+    EXPECT_THAT(run.out, Not(HasSubstr("hole")));
 }
 
 TEST_F(LeakSearch, AgreesWithTheCompiler) {

@@ -67,6 +67,13 @@ TEST(ACanvas, CutsOffWhatLiesOutside) {
     EXPECT_EQ(canvas.Finished().At(2, 2), White);
 }
 
+TEST(ACanvas, DrawsNothingWherePlacesAreNoNumbers) {
+    constexpr double Endless = std::numeric_limits<double>::infinity();
+    Canvas canvas(3, 3, Black);
+    canvas.Fill(std::array{Spot{-Endless, 3}, Spot{-Endless, 0}, Spot{3, 0}, Spot{3, 3}}, White);
+    EXPECT_EQ(canvas.Finished().At(1, 1), Black);
+}
+
 TEST(ToUtf8, WritesTheAnsiCodePageInTwoBytes) {
     EXPECT_EQ(klvtool::ToUtf8("a\xE4z"), "a\xC3\xA4z");
 }

@@ -1,4 +1,6 @@
 // What klvtool makes of its command line.
+#include <filesystem>
+
 #include "klvtool/tool.h"
 
 namespace k2k::test {
@@ -62,6 +64,26 @@ TEST_F(Usage, TellsThatAFileIsNoLevel) {
     const ProcessResult run = Klvtool({"info", "text.klv"});
     EXPECT_EQ(run.status, 2);
     EXPECT_EQ(run.err, "klvtool: text.klv: header: no level file\n");
+}
+
+TEST_F(Usage, TellsThatALevelOfVersionZeroIsNone) {
+    Compile(OneRoom());
+    std::vector<uint8_t> bytes = ReadBytes("level.klv");
+    bytes[3] = 0;
+    WriteFile("level.klv", bytes);
+    for (const char* command : {"info", "check"}) {
+        const ProcessResult run = Klvtool({command, "level.klv"});
+        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.err, "klvtool: level.klv: header: no level file\n");
+    }
+}
+
+TEST_F(Usage, TellsWhenTheOutputCannotBeWritten) {
+    if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no full device here";
+    Compile(OneRoom());
+    const ProcessResult run = RunProcess({"/bin/sh", "-c", "\"$0\" info level.klv > /dev/full", KLVTOOL_BINARY});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, "klvtool: can't write the output\n");
 }
 
 TEST(ParsePoint, TakesThreeNumbersAndNothingElse) {
