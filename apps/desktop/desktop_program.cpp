@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -19,14 +20,20 @@ namespace k2k {
 
 namespace {
 
+// The files by names that hold in any folder.
+BuildFiles Absolute(const BuildFiles& files) {
+    return {QFileInfo(files.map).absoluteFilePath(), QFileInfo(files.palette).absoluteFilePath()};
+}
+
 // The command string of the files that the user chose; nothing on Cancel.
 std::optional<std::string> AskForFiles(std::span<const char* const> arguments) {
     BuildFiles files = LoadLastFiles();
     if (!arguments.empty()) files.map = QFile::decodeName(arguments[0]);
     FilesDialog dialog(files);
     if (dialog.exec() != QDialog::Accepted) return std::nullopt;
-    SaveLastFiles(dialog.Files());
-    return CommandOfFiles(dialog.Files());
+    files = Absolute(dialog.Files());
+    SaveLastFiles(files);
+    return CommandOfFiles(files);
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 
 #include "desktop/build_thread.h"
 #include "desktop/files_dialog.h"
+#include "desktop/last_files.h"
 #include "desktop/options_dialog.h"
 #include "desktop/user.h"
 #include "driver/build_log.h"
@@ -225,6 +226,17 @@ TEST_F(TheDesktopProgram, KeepsTheLastChoices) {
         dialog.reject();
     });
     EXPECT_EQ(Run({}), 0);
+}
+
+TEST_F(TheDesktopProgram, KeepsTheLastChoicesForEveryFolder) {
+    const Answer<FilesDialog> files([](FilesDialog& dialog) {
+        Find<QLineEdit>(dialog, "palette").setText("game.pcx");
+        dialog.accept();
+    });
+    const Answer<OptionsDialog> options([](OptionsDialog& dialog) { dialog.reject(); });
+    Run({"house.$$M"});
+    EXPECT_EQ(LoadLastFiles().map.toStdString(), folder_.File("house.$$M"));
+    EXPECT_EQ(LoadLastFiles().palette.toStdString(), folder_.File("game.pcx"));
 }
 
 TEST_F(TheDesktopProgram, AsksForThePaletteOfAMapThatAFileManagerNames) {
