@@ -41,10 +41,18 @@ void* operator new(size_t size) {
     throw k2k::OutOfMemory(size);
 }
 
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+    return std::malloc(std::max<size_t>(size, 1));
+}
+
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 
 void operator delete(void* memory, size_t) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
     std::free(memory);
 }
