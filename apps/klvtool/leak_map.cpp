@@ -68,6 +68,7 @@ std::unique_ptr<LeakMap> LoadLeakMap(const std::string& mapPath, const std::stri
     } catch (const k2k::FatalStop& stop) {
         std::string text = stop.what();
         text.erase(0, text.find_first_not_of(" \n"));
+        text.erase(text.find_last_not_of(" \n") + 1);
         throw std::runtime_error(text);
     } catch (const k2k::ProgramExit&) {
         throw UsageError("--options: a value is of no use");

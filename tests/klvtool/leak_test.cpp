@@ -143,6 +143,7 @@ TEST_F(LeakSearch, TellsWhatTheCompilerStopsAt) {
     const ProcessResult run = Klvtool({"leak", "level.$$M"});
     EXPECT_EQ(run.status, 2);
     EXPECT_THAT(run.err, StartsWith("klvtool: "));
+    EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << "one line";
     EXPECT_THAT(Klvtool({"leak", "none"}).err, HasSubstr("none.$$M"));
 }
 
