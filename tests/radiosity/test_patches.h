@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <vector>
 
 #include "radiosity/make_patches.h"
@@ -17,7 +18,9 @@ class HandmadeLevel final : public PatchLevel {
     uint32_t SurfaceCount() const override { return static_cast<uint32_t>(surfaces.size()); }
     PatchSurface Surface(uint32_t surfaceIndex) const override { return surfaces[surfaceIndex]; }
     Vec3 NormalAt(uint32_t surfaceIndex, const Vec3&) const override { return surfaces[surfaceIndex].normal; }
-    int32_t RegionAt(const Vec3& point) const override { return static_cast<int32_t>(point[0]); }
+    int32_t RegionAt(const Vec3& point) const override {
+        return std::fabs(point[0]) < 1e6F ? static_cast<int32_t>(point[0]) : 0;
+    }
 
     // A shaded rectangle that faces along an axis, or against it.
     PatchSurface& Quad(size_t axis, double at, double facing, const Vec3d& mins, const Vec3d& maxs) {
