@@ -46,6 +46,7 @@ std::vector<Point2D> SurfaceOutline(const std::vector<Vec3>& vertices, const Vec
     const size_t x = dropped == 0 ? 1 : 0;
     const size_t y = dropped == 2 ? 1 : 2;
     std::vector<Point2D> points;
+    points.reserve(vertices.size());
     for (const Vec3& vertex : vertices) {
         points.push_back({vertex[x], vertex[y], static_cast<int32_t>(points.size())});
     }

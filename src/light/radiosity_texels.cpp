@@ -91,8 +91,8 @@ FinishedFace FinalLightFace(const FinalGather& gather, uint32_t surfaceIndex) {
         block.styles[slot] = face->styles[slot];
         const StyleGather style(gather, *face, slot);
         for (size_t j = 0; j < size_t{block.width} * block.height; j++) {
-            const Vec3 point =
-                LightmapToWorld(face->info, static_cast<double>(j % block.width), static_cast<double>(j / block.width));
+            const size_t s = j % block.width, t = j / block.width;
+            const Vec3 point = LightmapToWorld(face->info, static_cast<double>(s), static_cast<double>(t));
             const bool valid = style.ColourAt(j, point, *texel);
             const float brightest = *std::max_element(texel->begin(), texel->end());
             if (slot == 0 && valid && brightest > knee) finished.exposureSamples.push_back(brightest);

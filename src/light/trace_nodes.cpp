@@ -87,7 +87,8 @@ void CTraceTree::AddNode(const Pending& pending, std::vector<Pending>& todo) {
 }
 
 void CTraceTree::AddLeaf(const Pending& pending) {
-    const auto leaf = static_cast<size_t>(~pending.child);
+    const int32_t number = ~pending.child;
+    const auto leaf = static_cast<size_t>(number);
     if (leaf >= Portals().regions.size()) BadNode();
     const CRegion& region = Portals().regions[leaf];
     TraceNode& parent = nodes_[static_cast<size_t>(pending.parent)];

@@ -170,7 +170,8 @@ class WideTreeBuilder {
     // Packets to test, times how often rays meet their box.
     static float Cost(const Box& box, size_t count) {
         constexpr size_t Width = TrianglePacket::Width;
-        return box.HalfArea() * static_cast<float>((count + Width - 1) / Width);
+        const size_t packets = (count + Width - 1) / Width;
+        return box.HalfArea() * static_cast<float>(packets);
     }
 
     // Keeps the best cut along the axis, when it is better.

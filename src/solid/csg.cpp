@@ -121,7 +121,8 @@ SurfaceList GatherTreeSurfaces(std::unique_ptr<CBspNode> root) {
         while (!node->faces.empty()) {
             std::unique_ptr<CBlockFace> face = node->faces.pop_front();
             if (face->numpoints() == 0) continue;
-            ListOfPlane(planeFaces, face->planenum).push_front(std::move(face));
+            FaceList& list = ListOfPlane(planeFaces, face->planenum);
+            list.push_front(std::move(face));
         }
         for (size_t child = 2; child-- > 0;) {
             if (node->children[child] != nullptr) pending.push_back(std::move(node->children[child]));
