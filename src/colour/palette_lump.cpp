@@ -1,11 +1,7 @@
 #include "colour/palette_lump.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 
-#include "driver/build_log.h"
 #include "levelfile/file_klv.h"
 #include "levelfile/texture_data.h"
 
@@ -16,16 +12,10 @@ namespace {
 // Four offsets, unused, ahead of the palette.
 constexpr size_t HeadSize = 16;
 
-// The stages before leave a level; one that has gone since is not to come back as a palette without a level.
-void RequireLevel(const std::string& path) {
-    std::error_code error;
-    if (!std::filesystem::exists(path, error)) FatalError("Can't open %s - %s", path.c_str(), std::strerror(ENOENT));
-}
-
 }  // namespace
 
 bool WritePaletteLump(const std::string& levelPath, const PaletteColours& palette) {
-    RequireLevel(levelPath);
+    RequireLevel(levelPath);  // it is not to come back as a palette alone
     CFileKLV file(levelPath);
     if (!file.Open(false) || !file.Load()) return false;
 

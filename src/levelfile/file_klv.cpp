@@ -276,4 +276,9 @@ void ResetDataSetsForTest() {
     FirstGammaValue = 0;
 }
 
+void RequireLevel(const std::string& path) {
+    std::error_code ignored;
+    if (!std::filesystem::exists(path, ignored)) FatalError("Can't open %s - %s", path.c_str(), std::strerror(ENOENT));
+}
+
 }  // namespace k2k

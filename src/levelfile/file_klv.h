@@ -144,4 +144,7 @@ void ClearDataSets();
 // For tests: everything of the four data sets as at program start, also what Clear leaves alone.
 void ResetDataSetsForTest();
 
+// Ends the build when no file stands at the path: for stages that a level must have been left to, as Open creates one.
+void RequireLevel(const std::string& path);
+
 }  // namespace k2k

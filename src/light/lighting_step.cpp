@@ -1,8 +1,6 @@
 #include "light/lighting_step.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <string>
 
@@ -40,8 +38,7 @@ void LightLevel(const LightingRoad& road) {
 
 // The objects of the map in place of the level's own. Without a level there is nothing to light.
 void RenewObjects() {
-    const std::string& path = Paths().LevelPath;
-    if (!IsThere(path)) FatalError("Can't open %s - %s", path.c_str(), std::strerror(ENOENT));
+    RequireLevel(Paths().LevelPath);
     ReadMap(true);
     UpdateObjects();
 }

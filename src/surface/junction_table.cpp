@@ -22,11 +22,6 @@ Vec3 HashReach(const Vec3& mins, const Vec3& maxs) {
     return reach;
 }
 
-bool IsSame(const Vec3& a, const Vec3& b) {
-    const Vec3d difference = Sub(Widen(a), Widen(b));
-    return std::all_of(difference.begin(), difference.end(), [](double d) { return std::fabs(d) <= LineEpsilon; });
-}
-
 // The point at distance t along a direction, narrowed once.
 Vec3 PointAlong(const Vec3& from, const Vec3& dir, double t) {
     return Narrow({from[0] + t * dir[0], from[1] + t * dir[1], from[2] + t * dir[2]});
@@ -67,7 +62,8 @@ int32_t JunctionTable::FindLatest(const Vec3& dir, const Vec3& origin, uint32_t 
     int32_t latest = -1;
     index_.ForEachNear(chain, Widen(origin), SearchMargin, [&](int32_t number) {
         const JunctionEdge& edge = edges_[static_cast<size_t>(number)];
-        const bool matches = edge.chain == chain && IsSame(edge.origin, origin) && IsSame(edge.dir, dir);
+        const bool matches = edge.chain == chain && VectorEqual(edge.origin, origin, LineEpsilon) &&
+                             VectorEqual(edge.dir, dir, LineEpsilon);
         if (matches) latest = std::max(latest, number);
     });
     return latest;

@@ -2,10 +2,7 @@
 #include "vis/visibility_stage.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
-#include <cstring>
-#include <filesystem>
 #include <string>
 
 #include "driver/build_log.h"
@@ -29,10 +26,7 @@ bool IsZoomed(const BuildOptions& options) {
 
 // The first stage leaves a level; one that has gone since is not to come back without its entities.
 bool LoadLevel(CFileKLV& file) {
-    std::error_code error;
-    if (!std::filesystem::exists(file.name(), error)) {
-        FatalError("Can't open %s - %s", file.name().c_str(), std::strerror(ENOENT));
-    }
+    RequireLevel(file.name());
     return file.Open(false) && file.Load();
 }
 
