@@ -60,14 +60,13 @@ TEST_F(PolygonSlicesTest, CutsNothingAlongAVanishingDirection) {
 }
 
 TEST_F(PolygonSlicesTest, StopsAtAGridThatIsFarTooFine) {
-    const PolygonRef floor = MakePolygon({{0, 32, 0}, {32, 32, 0}, {32, 0, 0}, {0, 0, 0}});
-    for (const float length : {1e9F, 1e30F}) {
-        test::ExpectFatal(
-            [&] {
-                PolygonSlices(floor, {length, 0, 0}, {0, 1, 0}, 16);
-            },
-            "E017: Map size - too many surfaces");
-    }
+    const PolygonRef floor = MakePolygon({{0, 1024, 0}, {1024, 1024, 0}, {1024, 0, 0}, {0, 0, 0}});
+    const auto refuses = [&](const Vec3& u, const Vec3& v) {
+        test::ExpectFatal([&] { PolygonSlices(floor, u, v, 16); }, "E017: Map size - too many surfaces");
+    };
+    for (const float length : {1e9F, 1e30F}) refuses({length, 0, 0}, {0, 1, 0});
+    refuses({64, 0, 0}, {0, 64, 0});  // 4,096 slices of as many pieces
+    EXPECT_EQ(PolygonSlices(floor, {64, 0, 0}, {0, 0.03125F, 0}, 16).size(), 8192U);
 }
 
 TEST_F(PolygonSlicesTest, KeepsTheArea) {
