@@ -69,7 +69,7 @@ void BuildLevel(const std::vector<int32_t>& plainBlocks) {
 
 void WriteLevel() {
     CFileKLV level(Paths().LevelPath);
-    if (!level.Open(false)) return;
+    if (!level.Create()) return;
     JoinHull(NarrowHull);
     if (!Options().nh) JoinHull(FatHull);
     BuildEntityChunk(EntityKeyLists());

@@ -57,19 +57,30 @@ bool CFileKLV::Open(bool readOnly) {
     Close();
     readOnly_ = readOnly;
     if (name().empty()) return false;
-    OpenStream();
+    OpenStream(readOnly ? "rb" : "r+b");
     if (stream_) return ReadHeader();
-    if (errno == ENOENT && !readOnly) stream_.reset(std::fopen(name().c_str(), "w+b"));
-    if (!stream_) FatalError("Can't open %s - %s", name().c_str(), std::strerror(errno));
-    std::setvbuf(stream_.get(), ioBuffer_.get(), _IOFBF, StreamBufferSize);
+    if (errno != ENOENT || readOnly) CannotOpen();
+    return Create();
+}
+
+bool CFileKLV::Create() {
+    Close();
+    readOnly_ = false;
+    if (name().empty()) return false;
+    OpenStream("w+b");
+    if (!stream_) CannotOpen();
     return true;
 }
 
 // Leaves errno as the system set it when there is no stream.
-void CFileKLV::OpenStream() {
+void CFileKLV::OpenStream(const char* mode) {
     ioBuffer_ = std::make_unique<char[]>(StreamBufferSize);
-    stream_.reset(std::fopen(name().c_str(), readOnly_ ? "rb" : "r+b"));
+    stream_.reset(std::fopen(name().c_str(), mode));
     if (stream_) std::setvbuf(stream_.get(), ioBuffer_.get(), _IOFBF, StreamBufferSize);
+}
+
+void CFileKLV::CannotOpen() const {
+    FatalError("Can't open %s - %s", name().c_str(), std::strerror(errno));
 }
 
 bool CFileKLV::Close() {

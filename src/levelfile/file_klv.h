@@ -74,6 +74,9 @@ class CFileKLV : public CFileBase {
 
     // Opens for reading and writing; a file that is missing is created unless readOnly. Fatal when that fails.
     bool Open(bool readOnly) override;
+    // Opens a new level for writing; one that stands there, since it could not be removed, leaves nothing behind. False
+    // without a name. Fatal when the file cannot be opened.
+    bool Create();
     bool Close() override;
     // Reads all data sets. False without a stream; a broken file is fatal. A level with meshes turns on -mesh.
     virtual bool Load();
@@ -117,7 +120,8 @@ class CFileKLV : public CFileBase {
     uint32_t CheckedChunkSize(Chunk number, size_t recordSize);
 
   private:
-    void OpenStream();
+    void OpenStream(const char* mode);
+    [[noreturn]] void CannotOpen() const;
     int64_t FileLength();
     bool SeekTo(uint32_t offset);
     void ReadSunSettings();

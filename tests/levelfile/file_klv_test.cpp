@@ -64,6 +64,20 @@ TEST_F(FileKlv, AFileTooShortForAHeaderDoesNotOpen) {
     EXPECT_FALSE(file.Open(false));
 }
 
+TEST_F(FileKlv, ACreatedLevelHoldsNothingOfTheFileThatStoodThere) {
+    WriteFile(LevelPath(), LevelFile('7').Add(Chunk::Nodes, std::vector<uint8_t>(4000, 0xAA)).get());
+    CFileKLV file(LevelPath());
+    ASSERT_TRUE(file.Create());
+    ASSERT_TRUE(file.Save() && file.Close());
+    EXPECT_EQ(ReadBytes(LevelPath()), Saved());
+}
+
+TEST_F(FileKlv, IsNotCreatedWithoutANameAndFatallyWithoutItsFolder) {
+    EXPECT_FALSE(CFileKLV("").Create());
+    const std::string path = folder_.File("no/level.klv");
+    ExpectFatal([&] { CFileKLV(path).Create(); }, "Can't open " + path + " - No such file or directory");
+}
+
 TEST_F(FileKlv, CloseIsTrueWhenNothingIsOpen) {
     CFileKLV file(LevelPath());
     EXPECT_TRUE(file.Close());
