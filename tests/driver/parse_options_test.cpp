@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 #include "driver/build_options.h"
 #include "driver/option_table.h"
@@ -46,6 +48,38 @@ TEST_F(Parsing, SetsEveryFlag) {
             ParseOptions("map -pal x -mesh " + std::string(row.word));
             EXPECT_TRUE(o.*flag->member) << row.word;
         }
+    }
+}
+
+TEST_F(Parsing, GivesEachFlagAMemberOfItsOwn) {
+    for (const OptionRow& row : OptionTable()) {
+        if (!std::holds_alternative<Flag>(row.target)) continue;
+        test::BuildState::Reset();
+        Options().hiprec = false;
+        ParseOptions(row.word);
+        const auto isOn = [&](const OptionRow& each) {
+            const Flag* flag = std::get_if<Flag>(&each.target);
+            return flag != nullptr && o.*flag->member;
+        };
+        // Without -mesh there is no -nobsp.
+        EXPECT_EQ(std::ranges::count_if(OptionTable(), isOn), row.word == "-nobsp" ? 0 : 1) << row.word;
+    }
+}
+
+TEST_F(Parsing, SetsTheThreeColourSpacesApart) {
+    using enum ColourSpace;
+    const std::pair<const char*, std::array<ColourSpace, 3>> spaces[] = {
+        {"-rgb", {Rgb, None, None}},           {"-hsl", {Hsl, None, None}},
+        {"-hsv", {Hsv, None, None}},           {"\"-light rgb\"", {None, Rgb, None}},
+        {"\"-light hsl\"", {None, Hsl, None}}, {"\"-light hsv\"", {None, Hsv, None}},
+        {"\"-shade rgb\"", {None, None, Rgb}}, {"\"-shade hsl\"", {None, None, Hsl}},
+        {"\"-shade hsv\"", {None, None, Hsv}}};
+    EXPECT_EQ(o.colorspace, Rgb);
+    for (const auto& [word, expected] : spaces) {
+        test::BuildState::Reset();
+        Options().colorspace = None;
+        ParseOptions(word);
+        EXPECT_EQ((std::array{o.colorspace, o.lightspace, o.shadespace}), expected) << word;
     }
 }
 

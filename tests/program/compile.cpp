@@ -60,6 +60,8 @@ Compiled CompileLevel(const std::string& name, std::vector<std::string> options)
     options.insert(options.begin(), {name, "-pal", "palette.raw"});
     const ProcessResult run = RunK2k(std::move(options));
     EXPECT_EQ(run.status, 0) << run.out;
+    // The usage text ends with status 0 too, and would leave the level of the run before.
+    EXPECT_NE(run.out.find(" \nTime: "), std::string::npos) << run.out;
     return {run.out, LoadLevel(name + ".klv")};
 }
 

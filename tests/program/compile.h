@@ -31,7 +31,7 @@ std::filesystem::path ExampleFolder();
 // directory.
 void TakeExample(const std::string& dialect, const std::string& name);
 
-// What a run printed, and its level. A run that fails, or leaves no level, is a test failure.
+// What a run printed, and its level. A run that fails, does not finish, or leaves no level is a test failure.
 struct Compiled {
     std::string text;
     levelcheck::LevelView level;

@@ -230,6 +230,13 @@ TEST_F(Zoom, IsSearchedUpToTheLevelGiven) {
     EXPECT_THAT(Compile({"-autozoom", "-zoomlevel", "4"}).text, HasSubstr(" [1..4]\nAutozoom set to 2\n"));
 }
 
+// The trial reads are silent, and the first warning of its kind was one of theirs.
+TEST_F(Zoom, SearchLeavesOnlyVerboseWarnings) {
+    const auto warns = HasSubstr("WARNING W071");
+    EXPECT_THAT(Compile(ThinPlate(), {"-autozoom"}).text, Not(warns));
+    EXPECT_THAT(Compile({"-autozoom", "-verbose"}).text, warns);
+}
+
 TEST_F(Zoom, StaysOneWhereNothingWarns) {
     EXPECT_THAT(Compile(OneRoom(), {"-autozoom", "-zoomlevel", "4"}).text, HasSubstr(" [1..4]\nAutozoom set to 1\n"));
 }

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "program/compile.h"
@@ -38,6 +39,11 @@ class Mistakes : public SmallMapTest {
     }
 
     static void CutShort(const std::string& name, size_t size) { WriteFile(name, ReadFile(name).substr(0, size)); }
+    static void SetByte(const std::string& name, size_t at, char byte) {
+        std::string bytes = ReadFile(name);
+        bytes.at(at) = byte;
+        WriteFile(name, bytes);
+    }
 };
 
 TEST_F(Mistakes, AMapThatIsMissing) {
@@ -71,6 +77,31 @@ TEST_F(Mistakes, AMapThatIsCutShortBetweenBlocks) {
     ExpectFailure(" \nE715");
 }
 
+TEST_F(Mistakes, AMapThatIsCutShortInAnEntity) {
+    const std::string text = ReadFile("level.$$M");
+    const size_t start = text.find("\n1 128 128 40");
+    const auto line =
+        static_cast<int>(std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(start), '\n'));
+    CutShort("level.$$M", start + std::string_view("\n1 128 1").size());
+    ExpectFailure(" \nInvalid line " + std::to_string(line + 2));
+    WriteFile("level.$$M", text.substr(0, text.find("player")));
+    ExpectFailure(" \nE715");
+}
+
+TEST_F(Mistakes, AMapOfThreePointsAFaceThatIsCutShort) {
+    const std::string head = "{\n0 textures.$$w\npalette.raw\n{\n{ 00000000 }\n";
+    const std::string points = "( 1 0 0 ) ( 0 0 0 ) ( 0 1 0 ) ";
+    const std::pair<std::string, std::string> ends[] = {{points.substr(0, 10), "Block 0 invalid syntax\n"},
+                                                        {points.substr(0, 17), " \nInvalid line 6"},
+                                                        {points, " \nInvalid line 6"},
+                                                        {points + "WALL 0 0 0 1", " \nInvalid line 6"},
+                                                        {points + "WALL 0 0 0 1 1 : 0 0 50 0\n", " \nE715"}};
+    for (const auto& [end, message] : ends) {
+        WriteFile("level.$$M", head + end);
+        ExpectFailure(message);
+    }
+}
+
 TEST_F(Mistakes, AMapOfAnotherKind) {
     fs::copy_file("textures.$$w", "level.$$M", fs::copy_options::overwrite_existing);
     ExpectFailure(" \nE714");
@@ -91,6 +122,12 @@ TEST_F(Mistakes, AMapWithoutAnyVisibleBlock) {
 TEST_F(Mistakes, ATextureFileThatIsMissing) {
     fs::remove("textures.$$w");
     ExpectFailure("Can't open textures.$$w - No such file or directory");
+}
+
+TEST_F(Mistakes, ATextureFileThatIsAFolder) {
+    fs::remove("textures.$$w");
+    fs::create_directory("textures.$$w");
+    ExpectFailure("Invalid\tor missing texture file\ttextures.$$w");
 }
 
 TEST_F(Mistakes, ATextureFileThatIsEmpty) {
@@ -119,7 +156,15 @@ TEST_F(Mistakes, ATextureThatTheFileDoesNotHave) {
 }
 
 TEST_F(Mistakes, APaletteThatIsMissing) {
-    ExpectPaletteError("none.pcx", " could not open file");
+    for (const char* name : {"none.raw", "none.pcx", "none.bmp", "none.lbm"})
+        ExpectPaletteError(name, " could not open file");
+}
+
+TEST_F(Mistakes, APaletteThatIsAFolder) {
+    for (const char* name : {"folder.raw", "folder.pcx", "folder.bmp", "folder.lbm"}) {
+        fs::create_directory(name);
+        ExpectPaletteError(name, " E004 - could not read file");
+    }
 }
 
 TEST_F(Mistakes, APaletteThatIsEmpty) {
@@ -132,11 +177,13 @@ TEST_F(Mistakes, APaletteThatIsEmpty) {
 
 TEST_F(Mistakes, APaletteThatIsCutShort) {
     TakeExample("", "room");
-    for (const char* name : {"palette.lmp", "palette.pcx", "palette.bmp", "palette.lbm"}) CutShort(name, 100);
-    ExpectPaletteError("palette.lmp", " not valid palette file");
-    ExpectPaletteError("palette.pcx", " E004 - could not read file");
-    ExpectPaletteError("palette.bmp", " E004 - could not read file");
-    ExpectPaletteError("palette.lbm", " E004 - could not read file");
+    for (const size_t size : {size_t{700}, size_t{100}, size_t{13}}) {
+        for (const char* name : {"palette.lmp", "palette.pcx", "palette.bmp", "palette.lbm"}) CutShort(name, size);
+        ExpectPaletteError("palette.lmp", " not valid palette file");
+        ExpectPaletteError("palette.pcx", " E004 - could not read file");
+        ExpectPaletteError("palette.bmp", " E004 - could not read file");
+        ExpectPaletteError("palette.lbm", " E004 - could not read file");
+    }
 }
 
 TEST_F(Mistakes, APaletteOfAnotherKind) {
@@ -145,6 +192,15 @@ TEST_F(Mistakes, APaletteOfAnotherKind) {
     ExpectPaletteError("map.pcx", " not valid image file");
     ExpectPaletteError("map.bmp", " not valid image file");
     ExpectPaletteError("map.lbm", " not valid image file");
+}
+
+TEST_F(Mistakes, APaletteOfAnImageWithMoreColours) {
+    constexpr size_t PcxBitsAt = 3, BmpBitsAt = 28;
+    TakeExample("", "room");
+    SetByte("palette.pcx", PcxBitsAt, 24);
+    SetByte("palette.bmp", BmpBitsAt, 24);
+    ExpectPaletteError("palette.pcx", " the image is not 256 color");
+    ExpectPaletteError("palette.bmp", " the image is not 256 color");
 }
 
 TEST_F(Mistakes, ALevelThatCannotBeWritten) {

@@ -74,6 +74,13 @@ TEST_F(Modes, TexsonlyAsksForARebuildWhenTheMapHasOtherTextures) {
     EXPECT_EQ(after.surfaces.size(), 16U) << "the room's, without the pillar's";
 }
 
+TEST_F(Modes, UpdatesTellWhatTheyDoUnderQuietToo) {
+    Compile(LitRoom());
+    Write(ChangedRoom());
+    EXPECT_THAT(Compile({"-texsonly", "-quiet"}).text, HasSubstr(" \nWARNING W022: Map must be rebuilt!\n"));
+    EXPECT_THAT(Compile({"-entsonly", "-quiet"}).text, HasSubstr("\nUpdating 3 objects...\n"));
+}
+
 TEST_F(Modes, LightsonlyRelightsTheLevelAsItStands) {
     Compile(LitRoom());
     const auto [text, relit] = Compile(LitRoom(20), {"-lightsonly"});
