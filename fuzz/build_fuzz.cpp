@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "driver/run_program.h"
+#include "driver/silent_display.h"
 #include "fuzzing.h"
 #include "k2k/stages.h"
-#include "no_display.h"
 
 namespace k2k::fuzz {
 namespace {
@@ -59,7 +59,7 @@ void Build(std::string_view map) {
     PutFile("level.$$M", map);
     PutTexturesAndPalette();
     ResetBuild();
-    NoDisplay display;
+    SilentDisplay display;
     RunProgram("level -pal palette.raw -threads 1 -radbounce 2 -narrow 8 8 0 -fat 12 12 2" + OptionsOf(map), AllStages,
                display);
     ResetBuild();

@@ -1,7 +1,7 @@
 // A command string, taken through a run whose stages have nothing to do.
 #include "driver/run_program.h"
+#include "driver/silent_display.h"
 #include "fuzzing.h"
-#include "no_display.h"
 
 namespace k2k::fuzz {
 namespace {
@@ -14,7 +14,7 @@ constexpr StageEntries NoStages{Nothing, Nothing, Nothing, Nothing, Nothing};
 
 void RunCommand(std::string_view command) {
     ResetBuild();
-    NoDisplay display;
+    SilentDisplay display;
     RunProgram(command, NoStages, display);
     ResetBuild();
 }

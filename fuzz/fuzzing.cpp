@@ -92,4 +92,12 @@ void TakeOptions(const std::string& options) {
     ParseOptions("level -pal palette.raw -threads 1 " + options);
 }
 
+void RunStageOnLevel(std::string_view level, const std::string& options, int (*stage)()) {
+    PutFile("level.klv", level);
+    RunStep([&] {
+        TakeOptions(options);
+        stage();
+    });
+}
+
 }  // namespace k2k::fuzz

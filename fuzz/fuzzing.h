@@ -33,6 +33,9 @@ void RunStep(const std::function<void()>& step);
 // Names the files of a build: level.$$M, level.klv and palette.raw, with the options' text behind.
 void TakeOptions(const std::string& options = "");
 
+// One stage in a fresh build, on the level file that the input is.
+void RunStageOnLevel(std::string_view level, const std::string& options, int (*stage)());
+
 // The files that a build needs beside the input: a texture file without images, and a palette.
 void PutTexturesAndPalette();
 

@@ -15,22 +15,14 @@ constexpr std::string_view Map =
 
 constexpr std::string_view Portals = "PRT1\n2\n1\n4 0 1 (0 0 0 ) (0 0 64 ) (0 64 64 ) (0 64 0 )\n";
 
-void Update(std::string_view level, const std::string& options, int (*stage)()) {
-    PutFile("level.klv", level);
-    RunStep([&] {
-        TakeOptions(options);
-        stage();
-    });
-}
-
 void UpdateInput(std::string_view level) {
     PutFile("level.$$M", Map);
     PutFile("level.$$p", Portals);
     PutTexturesAndPalette();
-    Update(level, "-entsonly", RunGeometryStage);
-    Update(level, "-texsonly", RunGeometryStage);
-    Update(level, "-zoomlevel 3", VisibilityStage);
-    Update(level, "-nod3dlmaps", RunColourStage);
+    RunStageOnLevel(level, "-entsonly", RunGeometryStage);
+    RunStageOnLevel(level, "-texsonly", RunGeometryStage);
+    RunStageOnLevel(level, "-zoomlevel 3", VisibilityStage);
+    RunStageOnLevel(level, "-nod3dlmaps", RunColourStage);
 }
 
 }  // namespace

@@ -5,17 +5,9 @@
 namespace k2k::fuzz {
 namespace {
 
-void Light(std::string_view level, const std::string& options, int (*stage)()) {
-    PutFile("level.klv", level);
-    RunStep([&] {
-        TakeOptions(options);
-        stage();
-    });
-}
-
 void LightInput(std::string_view level) {
-    Light(level, "-ambrgb 10 10 10 -solidsky", RunLightingStage);
-    Light(level, "-litv2 -radbounce 2", RunRadiosityStage);
+    RunStageOnLevel(level, "-ambrgb 10 10 10 -solidsky", RunLightingStage);
+    RunStageOnLevel(level, "-litv2 -radbounce 2", RunRadiosityStage);
 }
 
 }  // namespace

@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "driver/build_options.h"
-#include "driver/display.h"
 #include "driver/remaining_time.h"
+#include "driver/silent_display.h"
 
 namespace k2k {
 
@@ -26,15 +26,9 @@ constexpr size_t MaxFatalText = 128;
 constexpr size_t MaxPendingText = 1023;
 
 // Stands for the text view in tests.
-class TextCollector : public Display {
+class TextCollector : public SilentDisplay {
   public:
     void Text(std::string_view text) override { collected += text; }
-    void Beep() override {}
-    void SetProgressRange(int32_t) override {}
-    void SetProgress(int32_t) override {}
-    void SetCaption(std::string_view) override {}
-    void SetButton(std::string_view) override {}
-    void SetActivity(bool) override {}
 
     std::string collected;
 };

@@ -1,11 +1,11 @@
-// A front end that shows nothing.
+// A front end that shows nothing: for runs that nobody watches, and the base of those that show a part.
 #pragma once
 
 #include "driver/display.h"
 
-namespace k2k::fuzz {
+namespace k2k {
 
-class NoDisplay : public Display {
+class SilentDisplay : public Display {
   public:
     void Text(std::string_view) override {}
     void Beep() override {}
@@ -16,4 +16,4 @@ class NoDisplay : public Display {
     void SetActivity(bool) override {}
 };
 
-}  // namespace k2k::fuzz
+}  // namespace k2k
