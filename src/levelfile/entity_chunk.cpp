@@ -56,7 +56,8 @@ constexpr Field SoundFields[] = {
     {"origin", Floats, 4, 3}, {"volume", Volume, 16}, {"flags", Flags, 32}, {"file", Text, 36, 13}};
 constexpr Field ShortSunFields[] = {{"sun_azm", Floats, 16}, {"sun_elv", Floats, 20}};
 constexpr Field LongSunFields[] = {{"sun_azm", Floats, 16}, {"sun_elv", Floats, 20}, {"flags", MoreFlags, 24}};
-constexpr Field PathFields[] = {{"name", Text, 4, 20}, {"ambient", Floats, 24}, {"range", Integer, 40}};
+constexpr size_t PathPointCount = 40;
+constexpr Field PathFields[] = {{"name", Text, 4, 20}, {"ambient", Floats, 24}, {"range", Integer, PathPointCount}};
 
 constexpr RecordLayout StartLayout{56, StartFields};
 constexpr RecordLayout LightLayout{36, LightFields};
@@ -231,7 +232,7 @@ Record SunRecord(const KeyList& keys) {
 
 // Has room for as many points as "range" says; the first ones come from the "origin" keys, in list order.
 Record PathRecord(const KeyList& keys) {
-    const int32_t points = PlainRecord(keys, EntityType::Path, PathLayout).Get<int32_t>(PathFields[2].offset);
+    const int32_t points = PlainRecord(keys, EntityType::Path, PathLayout).Get<int32_t>(PathPointCount);
     const auto room = static_cast<size_t>(std::max(points, 0));
     if (room > MaxEntityChunk / PathPointSize) TooManyObjects();
     Record record(PathLayout.size + room * PathPointSize, EntityType::Path);

@@ -7,12 +7,26 @@ namespace k2k {
 
 namespace {
 
-auto FindKey(const KeyList& keys, std::string_view name) {
+// The first key of that name; takes a list of either constness.
+auto FindKey(auto& keys, std::string_view name) {
     return std::find_if(keys.begin(), keys.end(), [&](const EntityKey& key) { return key.name == name; });
 }
 
 EntityKey CutKey(std::string_view name, std::string_view value) {
     return {std::string(name.substr(0, MaxKeyName)), std::string(value.substr(0, MaxKeyValue))};
+}
+
+// Fills out with numbers up to the first thing that parse (std::strtof or std::strtod) takes for none.
+size_t ParseNumbers(const std::string& text, std::span<float> out, auto parse) {
+    const char* cursor = text.c_str();
+    for (float& number : out) {
+        char* end = nullptr;
+        const auto value = static_cast<float>(parse(cursor, &end));
+        if (end == cursor) break;
+        number = value;
+        cursor = end;
+    }
+    return static_cast<size_t>(cursor - text.c_str());
 }
 
 }  // namespace
@@ -22,7 +36,7 @@ EntityKey& AddKey(KeyList& keys, std::string_view name, std::string_view value) 
 }
 
 void SetKey(KeyList& keys, std::string_view name, std::string_view value) {
-    const auto found = std::find_if(keys.begin(), keys.end(), [&](const EntityKey& key) { return key.name == name; });
+    const auto found = FindKey(keys, name);
     if (found == keys.end()) {
         keys.push_front(CutKey(name, value));
     } else {
@@ -38,27 +52,12 @@ const std::string& GetKey(const KeyList& keys, std::string_view name) {
 
 Vec3 GetKeyVector(const KeyList& keys, std::string_view name) {
     Vec3 vector{};
-    const char* cursor = GetKey(keys, name).c_str();
-    for (float& component : vector) {
-        char* end = nullptr;
-        const double value = std::strtod(cursor, &end);
-        if (end == cursor) break;
-        component = static_cast<float>(value);
-        cursor = end;
-    }
+    ParseNumbers(GetKey(keys, name), vector, std::strtod);
     return vector;
 }
 
 size_t ParseFloats(const std::string& text, std::span<float> out) {
-    const char* cursor = text.c_str();
-    for (float& number : out) {
-        char* end = nullptr;
-        const float value = std::strtof(cursor, &end);
-        if (end == cursor) break;
-        number = value;
-        cursor = end;
-    }
-    return static_cast<size_t>(cursor - text.c_str());
+    return ParseNumbers(text, out, std::strtof);
 }
 
 int32_t TypeNumber(std::string_view word) {

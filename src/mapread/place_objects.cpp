@@ -3,7 +3,7 @@
 
 #include "driver/build_log.h"
 #include "driver/build_options.h"
-#include "driver/text.h"
+#include "levelfile/file_klv.h"
 #include "mapread/entity.h"
 #include "mapread/record_fields.h"
 
@@ -181,7 +181,7 @@ void CheckPathPoints(const std::vector<EntityRecordView>& records, size_t chunkS
     for (const EntityRecordView& view : records) {
         if (view.type != static_cast<int32_t>(EntityType::Path)) continue;
         points += PathPoints(RecordFields(view.bytes));
-        if (points > chunkSize / sizeof(Vec3)) FatalError(" \nInvalid KLV file format");
+        if (points > chunkSize / sizeof(Vec3)) InvalidLevelFile();
     }
 }
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "driver/build_log.h"
+#include "levelfile/file_klv.h"
 #include "levelfile/level_records.h"
 
 namespace k2k {
@@ -36,7 +36,7 @@ class RecordFields {
 
   private:
     const uint8_t* Bytes(size_t offset, size_t size) const {
-        if (offset > bytes_.size() || size > bytes_.size() - offset) FatalError(" \nInvalid KLV file format");
+        if (offset > bytes_.size() || size > bytes_.size() - offset) InvalidLevelFile();
         return bytes_.data() + offset;
     }
 
