@@ -145,6 +145,24 @@ TEST_F(TheColourStage, WritesAPaletteFileWithoutALevel) {
     EXPECT_EQ(test::Logged(), "Writing palette ... ok\n");
 }
 
+TEST_F(TheColourStage, WritesThePaletteOfAnImageUnderANameOfItsOwn) {
+    Bytes pcx(128, 0);
+    pcx[0] = 10;
+    pcx[3] = 8;
+    pcx.insert(pcx.end(), 768, 9);
+    test::WriteFile("x.pcx", pcx);
+    ParseOptions("-pal x.pcx");
+    RunColourStage();
+    EXPECT_EQ(test::ReadBytes("palette.lmp"), Bytes(768, 9));
+}
+
+TEST_F(TheColourStage, WritesNoSecondRawPaletteUnasked) {
+    ParseOptions("-pal game");
+    RunColourStage();
+    EXPECT_FALSE(std::filesystem::exists("palette.lmp"));
+    EXPECT_EQ(test::Logged(), "");
+}
+
 TEST_F(TheColourStage, WritesNoPaletteFileWhenToldSo) {
     ParseOptions("-pal game -outpal out.pal -npal");
     RunColourStage();

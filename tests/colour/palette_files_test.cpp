@@ -207,5 +207,12 @@ TEST_F(PaletteFiles, AFileThatCannotBeCreatedIsAnError) {
     EXPECT_EQ(test::Logged(), "\n\nFatal error ->   could not create file :  " + folder_.File("none/palette") + "\n");
 }
 
+TEST_F(PaletteFiles, AFileThatCannotBeWrittenIsAnError) {
+    if (!std::filesystem::exists("/dev/full")) GTEST_SKIP();
+    EXPECT_FALSE(WriteRawPalette("/dev/full", colours_));
+    ShowPendingError();
+    EXPECT_EQ(test::Logged(), "\n\nFatal error ->   E005 - could not write file :  /dev/full\n");
+}
+
 }  // namespace
 }  // namespace k2k

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
-#include <cstring>
-#include <random>
+#include <cmath>
 
 #include "levelfile/bytes.h"
 #include "levelfile/entity_data.h"
@@ -230,6 +229,15 @@ TEST_F(EntityChunk, TheLongSunStandsByteByByte) {
     expected.U8(252).U8(0).U8(255).U8(0).Zeros(8).U8(22).U8(20).U8(17).U8(0);
     ASSERT_EQ(expected.get().size(), 60U);
     EXPECT_EQ(record, expected.get());
+}
+
+TEST_F(EntityChunk, AColourCountsTheLowByteOfItsPercentAndOfTheResult) {
+    Options().sunrgb = {200, 300.5F, -1};
+    Options().ambrgb = {NAN, -INFINITY, 0.999F};
+    const auto record = RecordOf(Keys({{"type", "sun"}}));
+    EXPECT_EQ(TextAt(record, 36, 4), std::string("\x8A\x70\xFE\0", 4)) << "255 * 255 / 100, 44 * 255 / 100, 510";
+    EXPECT_EQ(record[40], 0);
+    EXPECT_EQ(record[42], 0);
 }
 
 TEST_F(EntityChunk, TheShortSunHoldsAnglesOnly) {
