@@ -1,7 +1,6 @@
 // The run from a command string to an exit code: start-up, the four stages one after the other, the tick.
 #pragma once
 
-#include <array>
 #include <string_view>
 
 #include "driver/dialog.h"

@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstdint>
-#include <functional>
 
 #include "driver/message_queue.h"
 #include "driver/run_program.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <tuple>
 #include <utility>
 
 #include "driver/build_options.h"
@@ -263,6 +264,12 @@ TEST_F(Parsing, ResetTakesBackOnlySomeOptions) {
     EXPECT_EQ(Paths().MapPath, "map.$$M");
 }
 
+// The numbers that a reset takes back.
+auto ResetNumbers(const BuildOptions& o) {
+    return std::tie(o.lmambient, o.gamma, o.zoomlevel, o.litcomp, o.litscale, o.jitter, o.sizeshaded, o.sizeflat,
+                    o.sizeturb, o.litmax, o.radsubdiv, o.radbounce);
+}
+
 TEST_F(Parsing, ResetSetsTheDefaultsOfEveryOptionThatItTakesBack) {
     BuildOptions& changed = Options();
     changed.lmambient = changed.gamma = changed.zoomlevel = changed.litcomp = changed.litscale = 9.0F;
@@ -270,18 +277,7 @@ TEST_F(Parsing, ResetSetsTheDefaultsOfEveryOptionThatItTakesBack) {
     changed.radsubdiv = changed.radbounce = 9;
     ResetOptions();
     const BuildOptions defaults;
-    EXPECT_EQ(o.lmambient, defaults.lmambient);
-    EXPECT_EQ(o.gamma, defaults.gamma);
-    EXPECT_EQ(o.zoomlevel, defaults.zoomlevel);
-    EXPECT_EQ(o.litcomp, defaults.litcomp);
-    EXPECT_EQ(o.litscale, defaults.litscale);
-    EXPECT_EQ(o.jitter, defaults.jitter);
-    EXPECT_EQ(o.sizeshaded, defaults.sizeshaded);
-    EXPECT_EQ(o.sizeflat, defaults.sizeflat);
-    EXPECT_EQ(o.sizeturb, defaults.sizeturb);
-    EXPECT_EQ(o.litmax, defaults.litmax);
-    EXPECT_EQ(o.radsubdiv, defaults.radsubdiv);
-    EXPECT_EQ(o.radbounce, defaults.radbounce);
+    EXPECT_EQ(ResetNumbers(o), ResetNumbers(defaults));
 }
 
 TEST_F(Parsing, ResetTakesBackTheseFlagsAndNoOthers) {

@@ -16,6 +16,7 @@
 #include "driver/build_log.h"
 #include "driver/build_options.h"
 #include "driver/settings.h"
+#include "noted_stages.h"
 #include "support/build_state.h"
 #include "support/files.h"
 #include "support/recording_display.h"
@@ -31,13 +32,7 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::StartsWith;
 
-std::string ran;
-
-template <char Letter>
-int Note() {
-    ran += Letter;
-    return 0;
-}
+using test::ran;
 
 int Fail() {
     FatalError("E051");
@@ -49,7 +44,7 @@ class ARun : public test::BuildState {
 
     int Run(std::string_view command) { return RunProgram(command, stages_, display_); }
 
-    StageEntries stages_{Note<'g'>, Note<'v'>, Note<'l'>, Note<'r'>, Note<'c'>};
+    StageEntries stages_ = test::NotedStages;
     test::RecordingDisplay display_;
     test::InTempDir folder_;
 };

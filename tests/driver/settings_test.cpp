@@ -32,73 +32,92 @@ class AsPlainUser {
     const bool administrator_ = geteuid() == 0;
 };
 
+constexpr const char* Defaults = "-solidsky -litmapsonly -mergeacross -mesh -hiprec -quiet";
+
+// A settings file with nothing else in it.
+std::string FileOf(std::string_view settings) {
+    return "[Map Compiler]\nCommandline=" + std::string(settings) + "\n";
+}
+
 class Settings : public ::testing::Test {
   protected:
+    static void SetFile(std::string_view text) { WriteFile("K2K.ini", text); }
+    static std::string File() { return ReadFile("K2K.ini"); }
+
     // Anybody may make files in the folder; the settings file has these permissions.
     static void Allow(int permissions) {
         fs::permissions(".", fs::perms::all);
         fs::permissions("K2K.ini", static_cast<fs::perms>(permissions));
     }
 
+    // What a user loads who may do no more than this with the file. Saves settings too, which are to be lost.
+    static std::string LoadAndSaveWith(int permissions) {
+        Allow(permissions);
+        const AsPlainUser user;
+        const std::string loaded = LoadSettings();
+        SaveSettings("-fast");
+        return loaded;
+    }
+
     test::InTempDir folder_;
 };
-
-constexpr const char* Defaults = "-solidsky -litmapsonly -mergeacross -mesh -hiprec -quiet";
 
 TEST_F(Settings, AreTheDefaultsWithoutAFile) {
     EXPECT_EQ(LoadSettings(), Defaults);
 }
 
 TEST_F(Settings, AreTheDefaultsWithoutAValue) {
-    WriteFile("K2K.ini", "[Map Compiler]\nCommandline=\n");
+    SetFile(FileOf(""));
     EXPECT_EQ(LoadSettings(), Defaults);
 }
 
 TEST_F(Settings, BelongToTheirSection) {
-    WriteFile("K2K.ini", "[Other]\nCommandline=-mesh\n[Map Compiler]\nFont=8\n[Third]\nCommandline=-fast\n");
+    SetFile("[Other]\nCommandline=-mesh\n[Map Compiler]\nFont=8\n[Third]\nCommandline=-fast\n");
     EXPECT_EQ(LoadSettings(), Defaults);
 }
 
 TEST_F(Settings, AreReadInAnyCaseAndSpacing) {
-    WriteFile("K2K.ini", "; by hand\r\n [map compiler] \r\n commandLINE =  -mesh -fast \r\n");
+    SetFile("; by hand\r\n [map compiler] \r\n commandLINE =  -mesh -fast \r\n");
     EXPECT_EQ(LoadSettings(), "-mesh -fast");
 }
 
 TEST_F(Settings, AreReadUpTo511Characters) {
-    WriteFile("K2K.ini", "[Map Compiler]\nCommandline=" + std::string(600, 'x') + "\n");
+    SaveSettings(std::string(510, 'x') + "y");
+    EXPECT_EQ(LoadSettings(), std::string(510, 'x') + "y");
+    SaveSettings(std::string(511, 'x') + "y");
     EXPECT_EQ(LoadSettings(), std::string(511, 'x'));
 }
 
 TEST_F(Settings, AreWrittenToAFileOfTheirOwn) {
     SaveSettings("map -pal x");
-    EXPECT_EQ(ReadFile("K2K.ini"), "[Map Compiler]\nCommandline=map -pal x\n");
+    EXPECT_EQ(File(), FileOf("map -pal x"));
     EXPECT_EQ(LoadSettings(), "map -pal x");
 }
 
 TEST_F(Settings, ReplaceTheOldOnes) {
     SaveSettings("-mesh");
     SaveSettings("-fast -quiet");
-    EXPECT_EQ(ReadFile("K2K.ini"), "[Map Compiler]\nCommandline=-fast -quiet\n");
+    EXPECT_EQ(File(), FileOf("-fast -quiet"));
 }
 
 TEST_F(Settings, KeepOtherSectionsAndKeys) {
-    WriteFile("K2K.ini",
-              "; note\n[Editor]\nCommandline=-x\n\n[Map Compiler]\nFont=8\nCommandline=-mesh\n[Last]\na=b\n");
+    const std::string before = "; note\n[Editor]\nCommandline=-x\n\n[Map Compiler]\nFont=8\n";
+    const std::string behind = "[Last]\na=b\n";
+    SetFile(before + "Commandline=-mesh\n" + behind);
     SaveSettings("-fast");
-    EXPECT_EQ(ReadFile("K2K.ini"),
-              "; note\n[Editor]\nCommandline=-x\n\n[Map Compiler]\nFont=8\nCommandline=-fast\n[Last]\na=b\n");
+    EXPECT_EQ(File(), before + "Commandline=-fast\n" + behind);
 }
 
 TEST_F(Settings, JoinTheirSection) {
-    WriteFile("K2K.ini", "[Map Compiler]\nFont=8\n[Last]\na=b");
+    SetFile("[Map Compiler]\nFont=8\n[Last]\na=b");
     SaveSettings("-fast");
-    EXPECT_EQ(ReadFile("K2K.ini"), "[Map Compiler]\nCommandline=-fast\nFont=8\n[Last]\na=b\n");
+    EXPECT_EQ(File(), FileOf("-fast") + "Font=8\n[Last]\na=b\n");
 }
 
 TEST_F(Settings, KeepTheLineEndsOfTheFile) {
-    WriteFile("K2K.ini", "[Last]\r\na=b\r\n");
+    SetFile("[Last]\r\na=b\r\n");
     SaveSettings("-fast");
-    EXPECT_EQ(ReadFile("K2K.ini"), "[Last]\r\na=b\r\n[Map Compiler]\r\nCommandline=-fast\r\n");
+    EXPECT_EQ(File(), "[Last]\r\na=b\r\n[Map Compiler]\r\nCommandline=-fast\r\n");
     EXPECT_EQ(LoadSettings(), "-fast");
 }
 
@@ -108,70 +127,54 @@ TEST_F(Settings, KeepQuotesAtBothEnds) {
 }
 
 TEST_F(Settings, LoseOnePairOfQuotesAroundThem) {
-    WriteFile("K2K.ini", "[Map Compiler]\nCommandline=\"-mesh -fast\"\n");
+    SetFile(FileOf("\"-mesh -fast\""));
     EXPECT_EQ(LoadSettings(), "-mesh -fast");
 }
 
 TEST_F(Settings, AreOneLine) {
     SaveSettings("map\n[Other]");
-    EXPECT_EQ(ReadFile("K2K.ini"), "[Map Compiler]\nCommandline=map [Other]\n");
+    EXPECT_EQ(File(), FileOf("map [Other]"));
 }
 
 TEST_F(Settings, AreKeptInFullLength) {
     const std::string lengthy(2000, 'x');
-    WriteFile("K2K.ini", "[Last]\na=" + lengthy + "\n");
+    SetFile("[Last]\na=" + lengthy + "\n");
     SaveSettings(lengthy);
-    EXPECT_EQ(ReadFile("K2K.ini"), "[Last]\na=" + lengthy + "\n[Map Compiler]\nCommandline=" + lengthy + "\n");
-    EXPECT_EQ(LoadSettings(), lengthy.substr(0, 511));
-}
-
-TEST_F(Settings, OfExactly511CharactersAreReadWhole) {
-    SaveSettings(std::string(510, 'x') + "y");
-    EXPECT_EQ(LoadSettings(), std::string(510, 'x') + "y");
+    EXPECT_EQ(File(), "[Last]\na=" + lengthy + "\n" + FileOf(lengthy));
 }
 
 TEST_F(Settings, KeepTheBytesOfADamagedFile) {
     using namespace std::string_literals;
     const std::string damage = "\xFF\xFE[\0=\n[[Map Compiler\n=x\n\r\r[]\nCommandline\n"s;
-    WriteFile("K2K.ini", damage);
+    SetFile(damage);
     EXPECT_EQ(LoadSettings(), Defaults);
     SaveSettings("-fast");
-    EXPECT_EQ(ReadFile("K2K.ini"), damage + "[Map Compiler]\nCommandline=-fast\n");
+    EXPECT_EQ(File(), damage + FileOf("-fast"));
     EXPECT_EQ(LoadSettings(), "-fast");
 }
 
 TEST_F(Settings, TakeTheFirstOfTwoSections) {
-    WriteFile("K2K.ini", "[Map Compiler]\nCommandline=-mesh\n[Map Compiler]\nCommandline=-fast\n");
+    SetFile(FileOf("-mesh") + FileOf("-fast"));
     EXPECT_EQ(LoadSettings(), "-mesh");
     SaveSettings("-quiet");
-    EXPECT_EQ(ReadFile("K2K.ini"), "[Map Compiler]\nCommandline=-quiet\n[Map Compiler]\nCommandline=-fast\n");
+    EXPECT_EQ(File(), FileOf("-quiet") + FileOf("-fast"));
 }
 
 TEST_F(Settings, LeaveAReadOnlyFileAsItIs) {
-    WriteFile("K2K.ini", "[Map Compiler]\nCommandline=-mesh\n");
-    Allow(0444);
-    {
-        const AsPlainUser user;
-        EXPECT_EQ(LoadSettings(), "-mesh");
-        SaveSettings("-fast");
-    }
-    EXPECT_EQ(ReadFile("K2K.ini"), "[Map Compiler]\nCommandline=-mesh\n");
+    SetFile(FileOf("-mesh"));
+    EXPECT_EQ(LoadAndSaveWith(0444), "-mesh");
+    EXPECT_EQ(File(), FileOf("-mesh"));
 }
 
 TEST_F(Settings, LeaveAFileThatCannotBeReadAsItIs) {
-    WriteFile("K2K.ini", "[Last]\na=b\n");
-    Allow(0222);
-    {
-        const AsPlainUser user;
-        EXPECT_EQ(LoadSettings(), Defaults);
-        SaveSettings("-fast");
-    }
+    SetFile(FileOf("-mesh"));
+    EXPECT_EQ(LoadAndSaveWith(0222), Defaults);
     Allow(0444);
-    EXPECT_EQ(ReadFile("K2K.ini"), "[Last]\na=b\n");
+    EXPECT_EQ(File(), FileOf("-mesh"));
 }
 
 TEST_F(Settings, KeepThePermissionsOfTheFile) {
-    WriteFile("K2K.ini", "[Last]\na=b\n");
+    SetFile("[Last]\na=b\n");
     Allow(0640);
     SaveSettings("-fast");
     EXPECT_EQ(fs::status("K2K.ini").permissions(), fs::perms{0640});
@@ -182,7 +185,7 @@ TEST_F(Settings, AreWrittenBehindALink) {
     fs::create_symlink("shared.ini", "K2K.ini");
     SaveSettings("-fast");
     EXPECT_TRUE(fs::is_symlink("K2K.ini"));
-    EXPECT_EQ(ReadFile("shared.ini"), "[Last]\na=b\n[Map Compiler]\nCommandline=-fast\n");
+    EXPECT_EQ(ReadFile("shared.ini"), "[Last]\na=b\n" + FileOf("-fast"));
 }
 
 TEST_F(Settings, LeaveNoOtherFileBehind) {

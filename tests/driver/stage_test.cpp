@@ -7,6 +7,7 @@
 #include "driver/build_log.h"
 #include "driver/build_options.h"
 #include "driver/out_of_memory.h"
+#include "noted_stages.h"
 #include "support/build_state.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -20,7 +21,7 @@
 namespace k2k {
 namespace {
 
-std::string ran;
+using test::ran;
 
 class AStage : public test::BuildState {
   protected:
@@ -33,31 +34,7 @@ class AStage : public test::BuildState {
         return queue_.WaitUntil(std::chrono::steady_clock::now());
     }
 
-    StageEntries stages_{.geometry =
-                             [] {
-                                 ran += 'g';
-                                 return 0;
-                             },
-                         .visibility =
-                             [] {
-                                 ran += 'v';
-                                 return -1;
-                             },
-                         .lighting =
-                             [] {
-                                 ran += 'l';
-                                 return 0;
-                             },
-                         .radiosity =
-                             [] {
-                                 ran += 'r';
-                                 return 0;
-                             },
-                         .colours =
-                             [] {
-                                 ran += 'c';
-                                 return 0;
-                             }};
+    StageEntries stages_ = test::NotedStages;
     MessageQueue queue_;
     uint32_t word_ = 0;
     int status_ = 0;
@@ -85,6 +62,7 @@ TEST_F(AStage, LightsWithRadiosityWhenAsked) {
 }
 
 TEST_F(AStage, FinishesWhateverItReturns) {
+    stages_.visibility = [] { return -1; };
     EXPECT_EQ(Run(2)->word, 2U + 16 + 32);
 }
 

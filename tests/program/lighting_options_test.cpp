@@ -15,10 +15,6 @@ using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-SmallMap LitRoom(const Corner& colour = {200, 100, 50}, uint32_t faceFlags = 0) {
-    return OneRoom(faceFlags).Light({64, 64, 64}, colour, 300);
-}
-
 uint64_t Brightness(const LevelView& level) {
     const auto pages = level.Chunk(levelcheck::ChunkPages);
     return std::accumulate(pages.begin(), pages.end(), uint64_t{0});

@@ -150,7 +150,7 @@ TEST_F(MeshLevels, KeepTheirMeshesByteByByteAtFurtherSaves) {
 
 TEST_F(MeshLevels, StayMeshLevelsWhenTheyAreUpdatedWithoutTheOption) {
     const std::string map = "level";
-    WriteFile("level.$$M", OneRoom().Light({64, 64, 64}, {200, 100, 50}, 300).Text());
+    WriteFile("level.$$M", LitRoom().Text());
     WriteFile("textures.$$w", SmallTextures());
     WriteFile("palette.raw", std::string(768, 'p'));
     const LevelView built = CompileLevel(map, {"-mesh"}).level;

@@ -14,13 +14,13 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-SmallMap LitRoom(double red = 200) {
-    return OneRoom().Light({64, 64, 64}, {red, 100, 50}, 300);
+SmallMap DimRoom() {
+    return LitRoom({20, 100, 50});
 }
 
 // The room of LitRoom with another block and another light in it.
 SmallMap ChangedRoom() {
-    return LitRoom(20).Add({{96, 96, 0}, {128, 128, 64}, "PILLAR"});
+    return DimRoom().Add({{96, 96, 0}, {128, 128, 64}, "PILLAR"});
 }
 
 using Modes = SmallMapTest;
@@ -83,7 +83,7 @@ TEST_F(Modes, UpdatesTellWhatTheyDoUnderQuietToo) {
 
 TEST_F(Modes, LightsonlyRelightsTheLevelAsItStands) {
     Compile(LitRoom());
-    const auto [text, relit] = Compile(LitRoom(20), {"-lightsonly"});
+    const auto [text, relit] = Compile(DimRoom(), {"-lightsonly"});
     EXPECT_THAT(text, HasSubstr("\nUpdating 3 objects...\n"));
     EXPECT_THAT(text, HasSubstr("Generating lightmaps"));
     EXPECT_THAT(text, Not(HasSubstr("Building")));
@@ -99,10 +99,10 @@ TEST_F(Modes, LightsonlyKeepsTheBlocks) {
 
 TEST_F(Modes, LightsonlyWinsOverEntsonly) {
     Compile(LitRoom());
-    Compile(LitRoom(20), {"-lightsonly"});
+    Compile(DimRoom(), {"-lightsonly"});
     const std::string alone = ReadFile("level.klv");
     Compile(LitRoom());
-    Compile(LitRoom(20), {"-lightsonly", "-entsonly"});
+    Compile(DimRoom(), {"-lightsonly", "-entsonly"});
     EXPECT_TRUE(ReadFile("level.klv") == alone);
 }
 

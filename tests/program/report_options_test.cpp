@@ -13,10 +13,6 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
 
-SmallMap LitRoom() {
-    return OneRoom().Light({64, 64, 64}, {200, 100, 50}, 300);
-}
-
 // Two plates whose sides fall together: each of them is worth a warning.
 SmallMap TwoBadPlates() {
     return OneRoom().Add({{96, 96, 10}, {160, 160, 10.3}}).Add({{96, 96, 20}, {160, 160, 20.3}});

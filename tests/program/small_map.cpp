@@ -100,6 +100,10 @@ SmallMap OneRoom(uint32_t faceFlags) {
     return map;
 }
 
+SmallMap LitRoom(const Corner& colour, uint32_t faceFlags) {
+    return OneRoom(faceFlags).Light({64, 64, 64}, colour, 300);
+}
+
 SmallMap SkyRoom() {
     SmallMap map = OneRoom();
     map.Add({{0, 0, 112}, {256, 256, 128}, "SKY1"});

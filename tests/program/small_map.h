@@ -43,6 +43,9 @@ class SmallMap {
 // A room of 256 x 256 x 128 units with its corner at the origin, a start in it and a sun outside of any use.
 SmallMap OneRoom(uint32_t faceFlags = 0);
 
+// The room with a light in a corner of it.
+SmallMap LitRoom(const Corner& colour = {200, 100, 50}, uint32_t faceFlags = 0);
+
 // The room with its walls and ceiling lined by sky, and a low pillar on its floor: the sun shines in where sky is
 // solid.
 SmallMap SkyRoom();

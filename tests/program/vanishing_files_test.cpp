@@ -33,7 +33,7 @@ struct Ended {
 class VanishingFiles : public SmallMapTest {
   protected:
     VanishingFiles() {
-        Write(OneRoom().Light({64, 64, 64}, {200, 100, 50}, 300));
+        Write(LitRoom());
         whole_ = Compile().level.bytes;
     }
 
