@@ -68,7 +68,9 @@ INSTANTIATE_TEST_SUITE_P(Odd, HouseWith,
                                            Words{"-forcedetail"}, Words{"-fast", "-sizeshaded", "16"},
                                            Words{"-sizeflat", "64", "-sizeturb", "64", "-preview"},
                                            Words{"-ambrgb", "10", "10", "10", "-litmapsonly"},
-                                           Words{"-sethulls", "0", "2", "1", "-invisibletonone"}));
+                                           Words{"-sethulls", "0", "2", "1", "-invisibletonone"},
+                                           Words{"-litv2", "-fast", "-radbounce", "2", "-sunrgb", "60", "60", "50"},
+                                           Words{"-litv2", "-mesh", "-nobsp", "-radbounce", "2"}));
 
 class RandomMaps : public SmallMapTest {
   protected:
