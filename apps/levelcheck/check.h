@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -18,8 +19,9 @@ struct Fault {
 };
 
 struct CheckOptions {
-    float litres = 1.0F;    // -litres of the build: a mesh level's file does not hold it
-    bool junctions = true;  // look for vertices on other surfaces' edges
+    float litres = 1.0F;                    // -litres of the build: a mesh level's file does not hold it
+    bool junctions = true;                  // look for vertices on other surfaces' edges
+    uint64_t junctionBudget = 200'000'000;  // cells and vertices that the search looks at: some seconds
 };
 
 // All faults found, in a fixed order; a sound level gives none, or only tolerated ones.

@@ -59,13 +59,37 @@ Rect RectOf(const LevelView& level, size_t index, const std::vector<uint32_t>& r
             index};
 }
 
-void CheckOverlaps(std::vector<Rect>& rects, FaultList& faults) {
-    std::sort(rects.begin(), rects.end(), [](const Rect& a, const Rect& b) { return a.x0 < b.x0; });
-    for (size_t i = 0; i < rects.size(); i++) {
-        for (size_t j = i + 1; j < rects.size() && rects[j].x0 <= rects[i].x1; j++) {
-            if (rects[j].y0 > rects[i].y1 || rects[i].y0 > rects[j].y1) continue;
-            faults.Add("lightmaps overlap", Name(rects[i].surface) + " and " + std::to_string(rects[j].surface));
+// Takes the texels of a page for one surface after the other. A rectangle ends at the first texel that is taken, so
+// that no number of them costs more than the page has texels.
+class PageTexels {
+  public:
+    explicit PageTexels(int64_t size) : size_(size), owners_(static_cast<size_t>(size * size), None) {}
+
+    // The surface that has a texel of the rectangle already, or None.
+    size_t Take(const Rect& rect) {
+        for (int64_t y = std::max<int64_t>(rect.y0, 0); y <= std::min(rect.y1, size_ - 1); y++) {
+            for (int64_t x = std::max<int64_t>(rect.x0, 0); x <= std::min(rect.x1, size_ - 1); x++) {
+                size_t& owner = owners_[static_cast<size_t>(y * size_ + x)];
+                if (owner != None) return owner;
+                owner = rect.surface;
+            }
         }
+        return None;
+    }
+
+    static constexpr size_t None = ~size_t{0};
+
+  private:
+    int64_t size_;
+    std::vector<size_t> owners_;
+};
+
+void CheckOverlaps(const std::vector<Rect>& rects, int64_t pageSize, FaultList& faults) {
+    PageTexels page(pageSize);
+    for (const Rect& rect : rects) {
+        const size_t owner = page.Take(rect);
+        if (owner != PageTexels::None)
+            faults.Add("lightmaps overlap", Name(owner) + " and " + std::to_string(rect.surface));
     }
 }
 
@@ -162,7 +186,7 @@ void CheckLightmaps(const LevelView& level, const CheckOptions& options, FaultLi
             faults.Require(surface.lightPage < level.pageCount, "surface names no lightmap page", Name(i));
         pages[surface.lightPage].push_back(rect);
     }
-    for (auto& [page, rects] : pages) CheckOverlaps(rects, faults);
+    for (const auto& [page, rects] : pages) CheckOverlaps(rects, level.pageSize, faults);
 }
 
 void CheckMeshes(const LevelView& level, const CheckOptions& options, FaultList& faults) {

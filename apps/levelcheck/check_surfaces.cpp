@@ -1,6 +1,7 @@
 // Rings, shared edges, planes and junctions.
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <unordered_map>
 
 #include "levelcheck/fault_list.h"
@@ -89,8 +90,25 @@ class VertexGrid {
     explicit VertexGrid(const LevelView& level) {
         for (uint32_t i = 0; i < level.vertices.size(); i++) cells_[Key(level.vertices[i])].push_back(i);
     }
+
+    // Goes along the line from a to b and gives the lists of the cells near it, some more than once, while visit wants
+    // more.
     template <typename F>
-    void ForEachNear(const Point& a, const Point& b, F&& visit) const {
+    void ForEachCellAlong(const Point& a, const Point& b, F&& visit) const {
+        const float longest = std::max({std::abs(b.x - a.x), std::abs(b.y - a.y), std::abs(b.z - a.z)});
+        const auto steps = static_cast<int>(longest / CellSize) + 1;
+        const auto at = [&](int step) {
+            const float t = static_cast<float>(step) / static_cast<float>(steps);
+            return Point{a.x + (b.x - a.x) * t, a.y + (b.y - a.y) * t, a.z + (b.z - a.z) * t};
+        };
+        for (int step = 0; step < steps; step++) {
+            if (!ForEachCellAround(at(step), at(step + 1), visit)) return;
+        }
+    }
+
+  private:
+    template <typename F>
+    bool ForEachCellAround(const Point& a, const Point& b, F&& visit) const {
         const std::array<int64_t, 3> low{Cell(std::min(a.x, b.x) - 1), Cell(std::min(a.y, b.y) - 1),
                                          Cell(std::min(a.z, b.z) - 1)};
         const std::array<int64_t, 3> high{Cell(std::max(a.x, b.x) + 1), Cell(std::max(a.y, b.y) + 1),
@@ -99,14 +117,13 @@ class VertexGrid {
             for (int64_t y = low[1]; y <= high[1]; y++) {
                 for (int64_t z = low[2]; z <= high[2]; z++) {
                     const auto found = cells_.find(KeyOf(x, y, z));
-                    if (found == cells_.end()) continue;
-                    for (const uint32_t vertex : found->second) visit(vertex);
+                    if (!visit(found == cells_.end() ? std::span<const uint32_t>{} : found->second)) return false;
                 }
             }
         }
+        return true;
     }
 
-  private:
     static constexpr double CellSize = 64;
     static int64_t Cell(float v) {
         constexpr double Far = 100000;
@@ -135,17 +152,42 @@ bool LiesInside(const Point& p, const Point& a, const Point& b) {
 }
 
 // A vertex on an edge that it does not end: counted once an edge. Detail surfaces and merged ones are not repaired by
-// the compiler, so these are told, not blamed.
-void CheckJunctions(const LevelView& level, FaultList& faults) {
-    const VertexGrid grid(level);
+// the compiler, so these are told, not blamed. The search ends with its budget of cells and vertices, so that a file of
+// endless edges, or of vertices all in one place, takes no hours.
+class JunctionSearch {
+  public:
+    JunctionSearch(const LevelView& level, uint64_t budget) : level_(level), grid_(level), budget_(budget) {}
+
+    bool HasVertexOn(const Edge& edge) {
+        const Point &a = level_.vertices[edge.first], &b = level_.vertices[edge.second];
+        if (!(std::abs(a.x - b.x) + std::abs(a.y - b.y) + std::abs(a.z - b.z) < LongestEdge)) return false;
+        bool found = false;
+        grid_.ForEachCellAlong(a, b, [&](std::span<const uint32_t> vertices) {
+            budget_ -= std::min<uint64_t>(budget_, 1 + vertices.size());
+            found = std::any_of(vertices.begin(), vertices.end(),
+                                [&](uint32_t vertex) { return LiesInside(level_.vertices[vertex], a, b); });
+            return !found && !IsAtEnd();
+        });
+        return found;
+    }
+    bool IsAtEnd() const { return budget_ == 0; }
+
+  private:
+    static constexpr double LongestEdge = 100000;
+
+    const LevelView& level_;
+    VertexGrid grid_;
+    uint64_t budget_;
+};
+
+void CheckJunctions(const LevelView& level, uint64_t budget, FaultList& faults) {
+    JunctionSearch search(level, budget);
     for (size_t i = 1; i < level.edges.size(); i++) {
         const Edge edge = level.edges[i];
+        const std::string name = "edge " + std::to_string(i);
+        if (search.IsAtEnd()) return faults.Tolerate("search for T-junctions ended early", name);
         if (edge.first >= level.vertices.size() || edge.second >= level.vertices.size()) continue;
-        const Point &a = level.vertices[edge.first], &b = level.vertices[edge.second];
-        if (!(std::abs(a.x - b.x) + std::abs(a.y - b.y) + std::abs(a.z - b.z) < 100000)) continue;
-        bool found = false;
-        grid.ForEachNear(a, b, [&](uint32_t vertex) { found = found || LiesInside(level.vertices[vertex], a, b); });
-        if (found) faults.Tolerate("edge with a vertex on it (T-junction)", "edge " + std::to_string(i));
+        if (search.HasVertexOn(edge)) faults.Tolerate("edge with a vertex on it (T-junction)", name);
     }
 }
 
@@ -170,7 +212,7 @@ void CheckSurfaces(const LevelView& level, const CheckOptions& options, FaultLis
         CheckOnPlane(level, i, ring, faults);
     }
     CheckSharing(level, faults);
-    if (options.junctions) CheckJunctions(level, faults);
+    if (options.junctions) CheckJunctions(level, options.junctionBudget, faults);
 }
 
 }  // namespace levelcheck

@@ -24,7 +24,7 @@ constexpr std::array<size_t, 9> RecordSizes{0, 56, 36, 136, 72, 60, 44, 372, 52}
 }  // namespace
 
 void CheckChunks(const LevelView& level, FaultList& faults) {
-    faults.Require(level.version == '5' || level.version == '7', "version is neither 5 nor 7",
+    faults.Require(level.version >= '5' && level.version <= '7', "version is none of 5, 6 and 7",
                    std::string(1, level.version));
     size_t expected = HeaderSize;
     for (const int number : FileOrder) {

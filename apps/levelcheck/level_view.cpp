@@ -1,5 +1,6 @@
 #include "levelcheck/level_view.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace levelcheck {
@@ -79,6 +80,32 @@ void ReadPageSize(LevelView& level) {
     level.pageCount = static_cast<uint32_t>(level.Chunk(ChunkPages).size() / pageBytes);
 }
 
+uint64_t RingSize(const LevelView& level, const Surface& surface) {
+    const auto count = static_cast<uint64_t>(std::max<int>(surface.edgeCount, 0));
+    return surface.firstEdge + count <= level.surfaceEdges.size() ? count : 0;
+}
+
+// Each entry of the edge list belongs to one surface. Where many surfaces name long pieces of it, or many triangles
+// such a surface, a small file would take hours to walk.
+void RefuseEndlessRings(LevelView& level) {
+    constexpr uint64_t MostShared = 1 << 20, MostOfTriangles = 1 << 28;
+    uint64_t ofSurfaces = 0, ofTriangles = 0;
+    for (const Surface& surface : level.surfaces) ofSurfaces += RingSize(level, surface);
+    for (const Mesh& mesh : level.meshes) {
+        for (const MeshTriangleRow& triangle : mesh.triangles) {
+            const auto surface = static_cast<uint32_t>(triangle.surface);
+            if (surface < level.surfaces.size()) ofTriangles += RingSize(level, level.surfaces[surface]);
+        }
+    }
+    if (ofSurfaces > MostShared + level.surfaceEdges.size()) {
+        level.broken.emplace_back("chunk 7: the surfaces share their edges");
+        level.surfaces.clear();
+    } else if (ofTriangles > MostOfTriangles) {
+        level.broken.emplace_back("chunk 17: triangles beyond measure of surfaces of many edges");
+        level.meshes.clear();
+    }
+}
+
 bool ReadHeader(LevelView& level) {
     if (level.bytes.size() < HeaderSize || std::memcmp(level.bytes.data(), "KLV", 3) != 0 || level.bytes[3] == 0) {
         level.broken.push_back("header: no level file");
@@ -123,6 +150,7 @@ LevelView ReadLevel(std::vector<uint8_t> bytes) {
     ReadTable(level, ChunkHulls, level.hullNodes);
     ReadTable(level, ChunkRegionSurfaces, level.regionSurfaces);
     ReadMeshes(level);
+    RefuseEndlessRings(level);
     ReadPageSize(level);
     return level;
 }

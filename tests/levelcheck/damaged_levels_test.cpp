@@ -17,6 +17,7 @@ using levelcheck::Describe;
 using levelcheck::Fault;
 using levelcheck::LevelView;
 using levelcheck::ReadLevel;
+using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
@@ -92,8 +93,12 @@ TEST_F(Damage, OfTheHeader) {
     ExpectFault("header: no level file");
     bytes_.resize(100);
     ExpectFault("header: no level file");
+    for (const char version : {'4', '8'}) {
+        Set(3, version);
+        ExpectFault("version is none of 5, 6 and 7");
+    }
     Set(3, '6');
-    ExpectFault("version is neither 5 nor 7");
+    EXPECT_THAT(Check(ReadLevel(bytes_)), IsEmpty()) << "read as version 7";
 }
 
 TEST_F(Damage, OfTheChunkTable) {
@@ -309,6 +314,73 @@ TEST_F(Damage, OfAnyKindIsSurvived) {
         const auto length = static_cast<std::ptrdiff_t>(random() % bytes_.size());
         (void)Check(ReadLevel({bytes_.begin(), bytes_.begin() + length}));
     }
+}
+
+// A level file whose surfaces, or triangles of one surface, all name one long list of edges.
+std::vector<uint8_t> LevelOfLongRings(size_t surfaces, size_t triangles) {
+    constexpr size_t Ring = 32767;
+    std::vector<uint8_t> bytes(levelcheck::HeaderSize);
+    std::memcpy(bytes.data(), "KLV7", 4);
+    const auto addChunk = [&](ChunkNumber chunk, const std::vector<uint8_t>& rows) {
+        const std::array place{static_cast<uint32_t>(bytes.size()), static_cast<uint32_t>(rows.size())};
+        std::memcpy(bytes.data() + 4 + 8 * static_cast<size_t>(chunk), place.data(), sizeof(place));
+        bytes.insert(bytes.end(), rows.begin(), rows.end());
+    };
+    addChunk(levelcheck::ChunkSurfaceEdges, std::vector<uint8_t>(Ring * 4));
+    std::vector<uint8_t> rows(surfaces * SurfaceRow);
+    constexpr auto edgeCount = static_cast<int16_t>(Ring);
+    for (size_t i = 0; i < surfaces; i++) std::memcpy(rows.data() + i * SurfaceRow + 8, &edgeCount, 2);
+    addChunk(levelcheck::ChunkSurfaces, rows);
+    if (triangles == 0) return bytes;
+    std::vector<uint8_t> mesh(44 + 12 * triangles);
+    const auto count = static_cast<uint32_t>(triangles);
+    mesh[0] = 1;
+    std::memcpy(mesh.data() + 36, &count, 4);
+    addChunk(levelcheck::ChunkMeshes, mesh);
+    return bytes;
+}
+
+TEST(EndlessLevels, SurfacesThatShareLongListsOfEdgesAreNotRead) {
+    EXPECT_EQ(ReadLevel(LevelOfLongRings(20, 0)).surfaces.size(), 20U);
+    const LevelView level = ReadLevel(LevelOfLongRings(40, 0));
+    EXPECT_THAT(level.broken, Contains("chunk 7: the surfaces share their edges"));
+    EXPECT_THAT(level.surfaces, IsEmpty());
+}
+
+TEST(EndlessLevels, TrianglesOfSurfacesOfManyEdgesAreNotRead) {
+    EXPECT_EQ(ReadLevel(LevelOfLongRings(1, 1000)).meshes.at(0).triangles.size(), 1000U);
+    const LevelView level = ReadLevel(LevelOfLongRings(1, 9000));
+    EXPECT_THAT(level.broken, Contains("chunk 17: triangles beyond measure of surfaces of many edges"));
+    EXPECT_THAT(level.meshes, IsEmpty());
+}
+
+// The middle of a level's diagonal lies on it.
+TEST(EndlessLevels, TheSearchForJunctionsGoesAlongTheEdge) {
+    LevelView level;
+    level.version = '7';
+    level.vertices = {{-16000, -16000, -16000}, {16000, 16000, 16000}, {0, 0, 0}};
+    level.edges = {{0, 0}, {0, 1}, {1, 0}};
+    const auto countOf = [&](uint64_t budget, const std::string& kind) -> size_t {
+        for (const Fault& fault : Check(level, {.junctionBudget = budget})) {
+            if (fault.kind == kind) return fault.tolerated ? fault.count : 0;
+        }
+        return 0;
+    };
+    EXPECT_EQ(countOf(20000, "edge with a vertex on it (T-junction)"), 2U);
+    EXPECT_EQ(countOf(20000, "search for T-junctions ended early"), 0U);
+    EXPECT_EQ(countOf(100, "edge with a vertex on it (T-junction)"), 0U);
+    EXPECT_EQ(countOf(100, "search for T-junctions ended early"), 1U);
+}
+
+TEST(EndlessLevels, LightmapsAllInOnePlaceAreToldOnceEach) {
+    LevelView level = ReadLevel(SoundBytes());
+    level.surfaces.assign(20000, *std::find_if(level.surfaces.begin(), level.surfaces.end(), IsLit));
+    const std::vector<Fault> faults = Check(level);
+    const auto overlaps =
+        std::find_if(faults.begin(), faults.end(), [](const Fault& f) { return f.kind == "lightmaps overlap"; });
+    ASSERT_NE(overlaps, faults.end());
+    EXPECT_EQ(overlaps->count, 19999U);
+    EXPECT_EQ(overlaps->first, "surface 0 and 1");
 }
 
 }  // namespace
