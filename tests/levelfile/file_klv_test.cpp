@@ -210,6 +210,15 @@ TEST_F(FileKlv, AFileThatShrinksKeepsItsOldTail) {
     EXPECT_EQ(bytes[156 + 160], 0xAA);
 }
 
+TEST_F(FileKlv, AChunkThatEndsBehind4GiBIsFatalBeforeItIsWritten) {
+    const std::vector<uint8_t> mebibyte(1 << 20);
+    const std::vector<std::span<const uint8_t>> parts(4096, mebibyte);
+    CFileKLV file(LevelPath());
+    ASSERT_TRUE(file.Open(false));
+    ExpectFatal([&] { file.WriteChunk(Chunk::LightmapPages, parts); }, "E005 - can't write file " + LevelPath());
+    EXPECT_EQ(std::filesystem::file_size(LevelPath()), 0U);
+}
+
 TEST_F(FileKlv, AFullDiskIsFatal) {
     if (!std::filesystem::exists("/dev/full")) GTEST_SKIP();
     std::filesystem::create_symlink("/dev/full", LevelPath());
