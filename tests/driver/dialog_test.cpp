@@ -312,14 +312,6 @@ TEST_F(Dialog, TheZoomIsAutomaticOrAWholeNumber) {
     EXPECT_THAT(ComposedAt(Slider::Zoom, 1), Not(HasSubstr("zoom")));
 }
 
-TEST_F(Dialog, AnAutomaticSizeAddsNothing) {
-    EXPECT_EQ(Position(Slider::Flat), 15);
-    EXPECT_THAT(ComposedAt(Slider::Flat, 15), Not(HasSubstr("-sizeflat")));
-    EXPECT_THAT(ComposedAt(Slider::Flat, 16), HasSubstr("-sizeflat 16 "));
-    EXPECT_THAT(ComposedAt(Slider::Turbulence, 15), Not(HasSubstr("-sizeturb")));
-    EXPECT_THAT(ComposedAt(Slider::Turbulence, 16), HasSubstr("-sizeturb 16 "));
-}
-
 TEST_F(Dialog, SlidersStopAtTheirEnds) {
     ParseOptions("-threads 32 -gamma 9 -litres 99 -jitter -4 -lmambient nan -zoomlevel 1e30");
     EXPECT_EQ(Position(Slider::Cpus), 8);
@@ -334,9 +326,6 @@ TEST_F(Dialog, TheLightmapScaleIsOneInTheMiddle) {
     EXPECT_DOUBLE_EQ(ScaleOfPosition(0), 0.01);
     EXPECT_DOUBLE_EQ(ScaleOfPosition(25), 1.0);
     EXPECT_DOUBLE_EQ(ScaleOfPosition(50), 8.0);
-    EXPECT_THAT(ComposedAt(Slider::Scale, 25), HasSubstr("-litres 1.00 "));
-    EXPECT_THAT(ComposedAt(Slider::Scale, 0), HasSubstr("-litres 0.01 "));
-    EXPECT_THAT(ComposedAt(Slider::Scale, 1), Not(HasSubstr("-litres")));
 }
 
 TEST_F(Dialog, EveryPositionOfTheLightmapScaleIsFoundAgain) {

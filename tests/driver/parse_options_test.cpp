@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sched.h>
 
 #include <algorithm>
 #include <array>
@@ -313,9 +314,10 @@ TEST_F(Parsing, AMeshBlockInTheMapSettlesTheOptionsAgain) {
     EXPECT_TRUE(o.mesh && o.nobsp && o.nh && o.noportals && o.nodetail);
 }
 
-TEST_F(Parsing, WorkersAreOneToThirtyTwo) {
-    EXPECT_GE(GetWorkerCount(), 1);
-    EXPECT_LE(GetWorkerCount(), 32);
+TEST_F(Parsing, WorkersAreTheProcessorsUpTo32) {
+    cpu_set_t processors;
+    ASSERT_EQ(sched_getaffinity(0, sizeof processors, &processors), 0);
+    EXPECT_EQ(GetWorkerCount(), std::min(CPU_COUNT(&processors), 32));
 }
 
 }  // namespace

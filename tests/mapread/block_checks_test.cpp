@@ -101,6 +101,21 @@ TEST_F(BlockChecks, NarrowFaceReadLastTakesTheOthersAlong) {
     EXPECT_EQ(WarnCount, 7);
 }
 
+TEST_F(BlockChecks, NarrowFaceWithANormalIsDeletedSilentlyUnlessTheBlockIsAMesh) {
+    const auto block = [](const std::string& flags) {
+        std::string head = BoxHead51(0, 64, 7);
+        head.replace(0, std::string("vertices 8").size(), "vertices 11");
+        head += "32.0083666 31.9916334 32\n32 32 32\n32 32.0083666 31.9916334\n";
+        return "{\n" + head + "{ " + flags + " ndef }\n" + Face51("3 8 9 10") + Box51Faces + "}\n";
+    };
+    Read51(block("0"));
+    EXPECT_EQ(Blocks().at(0)->faces.size(), 6U);
+    EXPECT_EQ(WarnCount, 0);
+    Read51(block("100000"));
+    EXPECT_EQ(Blocks().at(0)->faces.size(), 7U);
+    EXPECT_EQ(TakeLoggedText(), "");
+}
+
 TEST_F(BlockChecks, VertexBlockWithFewerThanFourFacesLeftIsDroppedSilently) {
     Read51(Block51(Face51(BoxCorners[0]) + Face51(BoxCorners[2]) + Face51(BoxCorners[4])) + Box51(0, 64));
     EXPECT_EQ(TakeLoggedText(), "");

@@ -122,12 +122,6 @@ TEST_F(TheProgram, TakesItsOptionsFromTheSettingsWithDialog) {
     EXPECT_THAT(test::ReadFile("K2K.ini"), StartsWith("[Map Compiler]\nCommandline=-hiprec -mesh -threads 1 -gamma"));
 }
 
-TEST_F(TheProgram, LogsWhatItPrints) {
-    WriteMap("map.$$M");
-    const ProcessResult result = RunK2k({"map", "-pal", "game", "-writelog"});
-    EXPECT_EQ(test::ReadFile("buildlog.txt"), "map -pal game -writelog\n" + result.out);
-}
-
 TEST_F(TheProgram, PrintsToStandardOutputOnly) {
     WriteMap("map.$$M");
     const ProcessResult result = RunK2k({"map", "-pal", "game"});
