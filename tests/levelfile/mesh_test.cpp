@@ -234,6 +234,18 @@ TEST_F(Mesh, TheFirstTexelIsThatOfTheSmallestCorner) {
     EXPECT_EQ(Prepared({square}).vertices[0].s, static_cast<float>(((1 - inverse) * (8 + 16) + 8) * inverse));
 }
 
+TEST_F(Mesh, TheFirstTexelIsThatOfTheLightmapWhoseExtentsHave32Bits) {
+    Options().litres = 0.4F;
+    const int32_t square = AddSquare(-40);
+    Surface(square).lightShift = 4;
+    Surface(square).SetMeshPosition(1, 1);
+    const double smallest = -40 * double{0.4F};  // a hair below -16, which it is in 32 bits
+    ASSERT_LT(smallest, -16);
+    const double inverse = 1.0 / 4096;
+    EXPECT_EQ(Prepared({square}).vertices[0].s,
+              static_cast<float>(((1 - inverse) * (smallest + 16 + 16) + 8) * inverse));
+}
+
 TEST_F(Mesh, AxesThatCannotBeFoundMakeTheSurfaceFlat) {
     const int32_t square = AddSurface({{0, 0, 0}, {0, 64, 0}, {64, 64, 0}}, 0, {0, 0, 1});
     Surface(square).lightShift = 4;
