@@ -1,13 +1,10 @@
 // The light arithmetic, held against a plain form: every sample of every light one by one, the ray first.
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <random>
 
-#include "light/light_face.h"
 #include "light/near_equal.h"
-#include "light/phong_table.h"
-#include "light/rays.h"
+#include "surface_lighter.h"
 #include "test_level.h"
 
 namespace k2k::test {
@@ -33,8 +30,7 @@ class ApplyLightTest : public LightTest {
         Options().az = static_cast<float>(random() % 360);
         Options().ambrgb = random() % 2 == 0 ? std::array<float, 3>{0, 0, 0} : std::array<float, 3>{4, 5, 6};
         Options().lmambient = static_cast<float>(random() % 101);
-        OpenLighting();
-        SetDirectLights();
+        OpenDirectRoad();
     }
 };
 
@@ -127,12 +123,10 @@ TEST_F(ApplyLightTest, EqualsThePlainFormOnFlatAndSmoothFaces) {
         const uint32_t flags = round % 2 == 0 ? 0 : TexturePhong;
         MakeLevel(random, flags);
         Options().preview = round % 5 == 0;
-        const RayStructures rays;
-        const CPhongTable smooth;
-        FaceScratch scratch(smooth, round % 4 < 2 ? PlaneFlips::Refuse : PlaneFlips::Apply);
+        SurfaceLighter lighter(round % 4 < 2 ? PlaneFlips::Refuse : PlaneFlips::Apply);
+        FaceScratch& scratch = lighter.scratch;
         for (uint32_t surface = 0; surface < Geometry().surfaces.size(); surface++) {
-            const auto face = MakeLightFace(surface);
-            face->BuildSamples(CoarseStep, scratch);
+            const auto face = lighter.Sampled(surface);
             // Some samples stand in one spot, and some where nothing counts.
             std::vector<Vec3> positions = scratch.samples.positions;
             for (size_t i = 1; i < positions.size(); i++) {
@@ -161,16 +155,12 @@ TEST_F(ApplyLightTest, TheSunBehindAFlatFaceCostsNoRay) {
     const uint32_t smoothCeiling = level.Quad(2, 128, false, SmallRoom.mins, SmallRoom.maxs, TexturePhong);
     Options().sunrgb = {100, 100, 100};
     Options().el = 80;
-    OpenLighting();
-    SetDirectLights();
-    const RayStructures rays;
-    const CPhongTable smooth;
-    FaceScratch scratch(smooth, PlaneFlips::Refuse);
+    OpenDirectRoad();
+    SurfaceLighter lighter;
     const auto raysFor = [&](uint32_t surface) {
-        const auto face = MakeLightFace(surface);
-        face->BuildSamples(CoarseStep, scratch);
+        const auto face = lighter.Sampled(surface);
         TakeRayCount();
-        face->ApplyLight(Lighting().ActiveLights[0], scratch);
+        face->ApplyLight(Lighting().ActiveLights[0], lighter.scratch);
         return TakeRayCount();
     };
     EXPECT_GT(raysFor(floor), 1000);
@@ -185,15 +175,11 @@ TEST_F(ApplyLightTest, LightWrapsSixtyDegreesPastASmoothHorizon) {
         level.RoomTree(SmallRoom);
         const uint32_t floor = level.Quad(2, 64, true, {-32, -32, 64}, {32, 32, 64}, flags);
         level.Light({100, 0, 40}, 300, {50, 50, 50});
-        OpenLighting();
-        SetDirectLights();
+        OpenDirectRoad();
         Options().lmambient = 1;
-        const RayStructures rays;
-        const CPhongTable smooth;
-        FaceScratch scratch(smooth, PlaneFlips::Refuse);
-        const auto face = MakeLightFace(floor);
-        face->BuildSamples(CoarseStep, scratch);
-        face->ApplyLight(Lighting().ActiveLights[0], scratch);
+        SurfaceLighter lighter;
+        const auto face = lighter.Sampled(floor);
+        face->ApplyLight(Lighting().ActiveLights[0], lighter.scratch);
         EXPECT_EQ(face->lit, flags == 0 ? 0U : 1U);
     }
 }
@@ -204,17 +190,13 @@ TEST_F(ApplyLightTest, RaysAreCastOnlyForWhatCouldBeLit) {
     const uint32_t floor = level.Quad(2, 0, true, SmallRoom.mins, SmallRoom.maxs);
     level.Light({0, 0, 20}, 30, {50, 50, 50});
     level.Light({0, 0, 20}, 300, {0, 0, 0});
-    OpenLighting();
-    SetDirectLights();
-    const RayStructures rays;
-    const CPhongTable smooth;
-    FaceScratch scratch(smooth, PlaneFlips::Refuse);
-    const auto face = MakeLightFace(floor);
-    face->BuildSamples(CoarseStep, scratch);
+    OpenDirectRoad();
+    SurfaceLighter lighter;
+    const auto face = lighter.Sampled(floor);
     int64_t inRange = 0;
-    for (const Vec3& p : scratch.samples.positions) inRange += Distance(p, {0, 0, 20}) < 30 ? 1 : 0;
+    for (const Vec3& p : lighter.scratch.samples.positions) inRange += Distance(p, {0, 0, 20}) < 30 ? 1 : 0;
     TakeRayCount();
-    for (const ActiveLight& active : Lighting().ActiveLights) face->ApplyLight(active, scratch);
+    for (const ActiveLight& active : Lighting().ActiveLights) face->ApplyLight(active, lighter.scratch);
     EXPECT_EQ(TakeRayCount(), inRange);
 }
 
@@ -223,13 +205,10 @@ TEST_F(ApplyLightTest, SmoothNormalsAreFoundOnceForAllLights) {
     level.RoomTree(SmallRoom);
     const uint32_t floor = level.Quad(2, 0, true, {-32, -32, 0}, {32, 32, 0}, TexturePhong);
     level.Light({0, 0, 100}, 300, {50, 50, 50});
-    OpenLighting();
-    SetDirectLights();
-    const RayStructures rays;
-    const CPhongTable smooth;
-    FaceScratch scratch(smooth, PlaneFlips::Refuse);
-    const auto face = MakeLightFace(floor);
-    face->BuildSamples(CoarseStep, scratch);
+    OpenDirectRoad();
+    SurfaceLighter lighter;
+    FaceScratch& scratch = lighter.scratch;
+    const auto face = lighter.Sampled(floor);
     face->ApplyLight(Lighting().ActiveLights[0], scratch);
     ASSERT_EQ(scratch.samples.smoothSpots.size(), scratch.samples.positions.size());
     // The next light takes what is kept: turned away, nothing is lit any more.

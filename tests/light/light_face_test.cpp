@@ -7,9 +7,8 @@
 
 #include "light/face_axes.h"
 #include "light/near_equal.h"
-#include "light/phong_table.h"
-#include "light/rays.h"
 #include "light/sample_placement.h"
+#include "surface_lighter.h"
 #include "test_level.h"
 
 namespace k2k::test {
@@ -19,19 +18,24 @@ class LightFaces : public LightTest {
   protected:
     // Opens lighting with the lights that the level has.
     void Open() {
-        OpenLighting();
-        SetDirectLights();
+        OpenDirectRoad();
         Options().lmambient = 1;
     }
 
     // Lights one surface by itself.
     std::optional<LightBlock> LightOne(uint32_t surface) {
-        const RayStructures rays;
-        const CPhongTable smooth;
-        FaceScratch scratch(smooth, PlaneFlips::Apply);
+        SurfaceLighter lighter(PlaneFlips::Apply);
         const auto face = MakeLightFace(surface);
         if (!face) return std::nullopt;
-        return LightSurface(*face, scratch);
+        return LightSurface(*face, lighter.scratch);
+    }
+
+    // The samples of the coarse step.
+    static std::vector<LightSample> SamplesOf(CLightFace& face) {
+        const RayStructures rays;
+        std::vector<LightSample> samples;
+        CalcSamples(face, samples, CoarseStep, dynamic_cast<CPhongFace*>(&face) != nullptr);
+        return samples;
     }
 
     // A room whose floor is surface 4.
@@ -372,9 +376,7 @@ TEST_F(LightFaces, PreviewTakesOneSampleATexel) {
     MakeRoom();
     Options().preview = true;
     const auto face = MakeLightFace(Floor);
-    const RayStructures rays;
-    std::vector<LightSample> samples;
-    CalcSamples(*face, samples, 16, false);
+    const std::vector<LightSample> samples = SamplesOf(*face);
     EXPECT_EQ(face->sampleDim, face->size);
     ASSERT_EQ(samples.size(), 17U * 17);
     EXPECT_EQ(samples[0].position, (Vec3{-128, 128, 1}));
@@ -387,9 +389,7 @@ TEST_F(LightFaces, PreviewTakesOneSampleATexel) {
 TEST_F(LightFaces, OversamplingHalvesTheStep) {
     MakeRoom();
     const auto face = MakeLightFace(Floor);
-    const RayStructures rays;
-    std::vector<LightSample> samples;
-    CalcSamples(*face, samples, 16, false);
+    const std::vector<LightSample> samples = SamplesOf(*face);
     EXPECT_EQ(face->sampleDim, (std::array<int32_t, 2>{34, 34}));
     EXPECT_EQ(samples[1].s, -120);
     EXPECT_EQ(samples[34].t, -120);
@@ -403,9 +403,7 @@ TEST_F(LightFaces, PhongSamplesAreJitteredAndPutOnThePlane) {
     MakeRoom(TexturePhong);
     Options().jitter = 3;
     const auto face = MakeLightFace(Floor);
-    const RayStructures rays;
-    std::vector<LightSample> samples;
-    CalcSamples(*face, samples, 16, true);
+    const std::vector<LightSample> samples = SamplesOf(*face);
     EXPECT_EQ(samples[0].s, -131);
     EXPECT_EQ(samples[1].s, -117);
     EXPECT_EQ(samples[34].t, -117);
@@ -416,9 +414,7 @@ TEST_F(LightFaces, PreviewNeitherJittersNorProjectsPhongSamples) {
     MakeRoom(TexturePhong);
     Options().preview = true;
     const auto face = MakeLightFace(Floor);
-    const RayStructures rays;
-    std::vector<LightSample> samples;
-    CalcSamples(*face, samples, 16, true);
+    const std::vector<LightSample> samples = SamplesOf(*face);
     EXPECT_EQ(samples[0].s, -128);
     EXPECT_EQ(samples[0].position[2], 1);
 }
@@ -430,10 +426,11 @@ TEST_F(LightFaces, ACentreInSolidCastsNoRaysAndLeavesTheLightsToDecide) {
     level_->Light({100, 100, 100}, 150, {50, 50, 50});
     Open();
     const auto face = MakeLightFace(Floor);
-    const RayStructures rays;
-    ASSERT_TRUE(PointInSolid(face->centre));
-    std::vector<LightSample> samples;
-    CalcSamples(*face, samples, 16, false);
+    {
+        const RayStructures rays;
+        ASSERT_TRUE(PointInSolid(face->centre));
+    }
+    const std::vector<LightSample> samples = SamplesOf(*face);
     const auto at = [&](float s, float t) {
         for (const LightSample& sample : samples) {
             if (sample.s == s && sample.t == t) return sample.valid != 0;
@@ -465,9 +462,7 @@ TEST_F(LightFaces, TheSunReachesSamplesFromItsOwnDirection) {
     Options().el = 90;
     Open();
     const auto face = MakeLightFace(floor);
-    const RayStructures rays;
-    std::vector<LightSample> samples;
-    CalcSamples(*face, samples, 16, false);
+    const std::vector<LightSample> samples = SamplesOf(*face);
     EXPECT_TRUE(samples[34 * 3 + 3].valid);
     EXPECT_FALSE(samples[34 * 17 + 17].valid);
 }

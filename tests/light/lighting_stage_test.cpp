@@ -8,11 +8,9 @@
 #include <string>
 
 #include "light/direct_lighting.h"
-#include "light/light_face.h"
 #include "light/light_finishing.h"
-#include "light/phong_table.h"
-#include "light/rays.h"
 #include "support/files.h"
+#include "surface_lighter.h"
 #include "test_level.h"
 
 namespace k2k::test {
@@ -237,6 +235,36 @@ TEST_F(LightingStage, ALevelWithoutNodesGoesThroughUnlit) {
     EXPECT_TRUE(Textures().pages.empty());
 }
 
+TEST_F(LightingStage, ASurfaceWhoseAxesAreAlongItsNormalStaysBlankAndTheLevelIsWritten) {
+    lights_ = {{"0 0 100", "50 50 50 400", "1"}};
+    TestLevel level;
+    level.RoomTree(SmallRoom);
+    level.RoomFaces(SmallRoom);
+    Texinfo& ofWall = Textures().texinfos[static_cast<size_t>(Geometry().surfaces[0].texInfoId)];
+    ofWall.vecS = {1, 0, 0};
+    ofWall.vecT = {2, 0, 0};
+    SaveLevel();
+    TakeLoggedText();
+    EXPECT_EQ(RunStage(), 0);
+    EXPECT_THAT(TakeLoggedText(), HasSubstr("\n W023 - Invalid texture axis \n"));
+    LoadLevel();
+    EXPECT_EQ(Geometry().surfaces[0].lightShift, 255);
+    EXPECT_EQ(Geometry().surfaces[0].lightOffset, 0U);
+    EXPECT_EQ(Geometry().surfaces[1].lightShift, 3);
+}
+
+TEST_F(LightingStage, ALightAtFullValueEndsInTheLastByteOfTheGammaTable) {
+    // 255 in each component and an automatic range of 1,530; right below the light half of nearly twice that.
+    lights_ = {{"0 0 2", "255 255 255 0", "0"}};
+    Options().gamma = 1;
+    SaveRoom();
+    RunStage();
+    LoadLevel();
+    const SurfaceRecord& floor = Geometry().surfaces[4];
+    const size_t middle = ((floor.lightY + 8U) * 256 + floor.lightX + 8U) * 3;
+    for (size_t c = 0; c < 3; c++) EXPECT_EQ(Textures().pages[floor.lightPage][middle + c], 255);
+}
+
 TEST_F(LightingStage, TheSunRecordGetsTheFirstGammaValue) {
     lights_ = {{"0 0 100", "50 50 50 400", "0"}};
     SaveRoom();
@@ -403,15 +431,12 @@ TEST_F(NegatedPlanes, EqualsAPlainPassOverTheSurfaces) {
     const Outcome result = Generate(3);
     MakeStrips(1);
     Options().lmambient = 50;
-    const RayStructures rays;
-    OpenLighting();
-    SetDirectLights();
+    OpenDirectRoad();
+    SurfaceLighter lighter(PlaneFlips::Apply);
     std::vector<std::unique_ptr<CLightFace>> faces;
     for (uint32_t i = 0; i < Geometry().surfaces.size(); i++) faces.push_back(MakeLightFace(i));
-    const CPhongTable smooth;
-    FaceScratch scratch(smooth, PlaneFlips::Apply);
     for (const auto& face : faces) {
-        if (auto block = LightSurface(*face, scratch)) LightBlocks().push_back(std::move(*block));
+        if (auto block = LightSurface(*face, lighter.scratch)) LightBlocks().push_back(std::move(*block));
     }
     FinishLightmaps(0);
     EXPECT_TRUE(SameBytes({Textures().pages, Geometry().surfaces, Geometry().planes, result.text}, result));
