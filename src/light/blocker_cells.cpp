@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 
 #include "driver/build_options.h"
@@ -13,20 +14,23 @@ namespace {
 constexpr double OnPlane = 1e-6;  // corners this near to a plane are on it
 constexpr double Slack = 1e-3;    // of the cells, for the rounding of their corners and of shadow planes
 constexpr double ParallelCosine = 1 - 1e-9;
-constexpr double NearestCell = 0.5;          // nearer cells could stop a ray at its very end
-constexpr double SmallestCross = 0.01;       // of the arms of a shadow plane: smaller ones have no sure direction
-constexpr double HalfUnit = 1.0 / 16777216;  // rounding to 32 bits, as a share of the number
-constexpr double MaxDriftShare = 0.8;        // of -eps
+constexpr double NearestCell = 0.5;     // nearer cells could stop a ray at its very end
+constexpr double FarthestDrift = 0.25;  // of a walk's points from the segment: well below the distance of cells
+constexpr double SmallestCross = 0.01;  // of the arms of a shadow plane: smaller ones have no sure direction
 
 double Height(const HalfSpace& space, const Vec3d& point) {
     return Dot(space.normal, point) - space.dist;
 }
 
-double LargestCoordinate(const Vec3& mins, const Vec3& maxs) {
-    double largest = 0;
-    for (size_t c = 0; c < 3; c++)
-        largest = std::max({largest, std::fabs(double{mins[c]}), std::fabs(double{maxs[c]})});
-    return largest;
+// How far rounding to 32 bits moves a point of the box at most.
+double LargestRounding(const Vec3& mins, const Vec3& maxs) {
+    double sum = 0;
+    for (size_t c = 0; c < 3; c++) {
+        const float largest = std::max(std::fabs(mins[c]), std::fabs(maxs[c]));
+        const double spacing = double{std::nextafter(largest, std::numeric_limits<float>::infinity())} - largest;
+        sum += spacing / 2 * (spacing / 2);
+    }
+    return std::sqrt(sum);
 }
 
 Vec3d Plus(const Vec3d& a, const Vec3d& b, double t) {
@@ -37,8 +41,9 @@ double LengthOf(const Vec3d& v) {
     return std::sqrt(Dot(v, v));
 }
 
-// The side of a node's plane on which a child lies, pulled in by the margin.
-HalfSpace ChildSide(const TraceNode& node, uint32_t side, double margin) {
+// Where walks certainly take a child: the points that lie by -eps on its side of the node's plane, pulled in by the
+// inset.
+HalfSpace ChildSide(const TraceNode& node, uint32_t side, double eps, double inset) {
     const double sign = side == 0 ? 1 : -1;
     HalfSpace space;
     if (node.type >= 0 && node.type < 3) {
@@ -46,10 +51,9 @@ HalfSpace ChildSide(const TraceNode& node, uint32_t side, double margin) {
     } else {
         for (size_t c = 0; c < 3; c++) space.normal[c] = sign * node.normal[c];
     }
-    space.dist = sign * node.dist + margin;
     const double length = LengthOf(space.normal);
     for (double& component : space.normal) component /= length;
-    space.dist /= length;
+    space.dist = (sign * node.dist + eps) / length + inset;
     return space;
 }
 
@@ -210,14 +214,15 @@ const CBlockerCells::Cell& CBlockerCells::CellOf(int32_t leaf) const {
 CBlockerCells::Cell CBlockerCells::BuildCell(int32_t leaf) const {
     size_t length = 0;
     for (int32_t at = leaf; at >= 0; at = parents_[static_cast<size_t>(at / 2)]) length++;
-    // How far the walk's points drift from the segment: at each cut by the rounding of three components.
-    const double drift = 2 * LargestCoordinate(mins_, maxs_) * HalfUnit * static_cast<double>(length);
+    // A walk cuts the segment once a plane at most. Each cut lies between two points of the walk, and so no farther
+    // from the segment than they do, but for its own rounding.
+    const double drift = LargestRounding(mins_, maxs_) * static_cast<double>(length);
     const double eps = Options().eps;
-    if (!(drift < MaxDriftShare * eps)) return {};
+    if (!(eps > 0 && drift < FarthestDrift)) return {};
     Builder builder(mins_, maxs_);
     for (int32_t at = leaf; at >= 0; at = parents_[static_cast<size_t>(at / 2)]) {
         builder.Add(
-            ChildSide(tree_.nodes()[static_cast<size_t>(at / 2)], static_cast<uint32_t>(at % 2), eps + drift + Slack));
+            ChildSide(tree_.nodes()[static_cast<size_t>(at / 2)], static_cast<uint32_t>(at % 2), eps, drift + Slack));
     }
     return builder.Build();
 }

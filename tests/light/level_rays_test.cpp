@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <utility>
 
 #include "light/level_surfaces.h"
 #include "radiosity/transfers.h"
@@ -74,10 +75,8 @@ TEST_F(LevelRays, WhatLiesInAShadowIsHiddenFromItsEnd) {
     EXPECT_GT(inShadow, asked / 20);
 }
 
-TEST_F(LevelRays, TransfersAreThoseOfARayForEachPairWithLessThanHalfOfTheWalks) {
-    Make(11, 5);
-    const RayStructures structures;
-    const LightPatches patches = Patches(64);
+// Holds the transfers against those of a ray for each pair.
+void ExpectPlainTransfersWithFewWalks(const LightPatches& patches) {
     const CLevelRays rays(patches);
     CTransfers transfers(patches, rays);
     TakeRayCount();
@@ -107,6 +106,38 @@ TEST_F(LevelRays, TransfersAreThoseOfARayForEachPairWithLessThanHalfOfTheWalks) 
     // A clear pair needs its walk; of the others less than half do.
     EXPECT_LT(walks - clear, (pairs - clear) / 2);
     EXPECT_GT(pairs - clear, 1000);
+}
+
+TEST_F(LevelRays, TransfersAreThoseOfARayForEachPairWithLessThanHalfOfTheWalks) {
+    Make(11, 5);
+    const RayStructures structures;
+    ExpectPlainTransfersWithFewWalks(Patches(64));
+}
+
+// Puts a chain of nodes above the root, all with the level behind them.
+void Deepen(TestLevel& level, int32_t depth) {
+    auto& nodes = Portals().nodes;
+    const std::vector<CRegionNode> old = std::exchange(nodes, {});
+    for (int32_t i = 0; i < depth; i++) level.Node(level.Plane({1, 0, 0}, 4000 + static_cast<float>(i)), -1, i + 1);
+    for (CRegionNode node : old) {
+        for (int32_t& child : node.children) {
+            if (child >= 0) child += depth;
+        }
+        nodes.push_back(node);
+    }
+}
+
+TEST_F(LevelRays, DeepTreesOfLargeLevelsHaveShadowsToo) {
+    constexpr Box hall{{-3000, -3000, 0}, {3000, 3000, 256}};
+    std::vector<Box> screens;
+    for (const float x : {-1500.0F, 200.0F, 1800.0F}) screens.push_back({{x, -2900, 8}, {x + 100, 2900, 248}});
+    TestLevel level;
+    level.RoomTree(hall, screens);
+    level.RoomFaces(hall);
+    for (const Box& screen : screens) level.BoxFaces(screen);
+    Deepen(level, 130);
+    const RayStructures structures;
+    ExpectPlainTransfersWithFewWalks(Patches(255));
 }
 
 TEST_F(LevelRays, MeshLevelsHaveNoShadows) {
