@@ -1,19 +1,21 @@
 #include "driver/remaining_time.h"
 
-#include <algorithm>
-#include <atomic>
+#include <mutex>
 
 namespace k2k {
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using Seconds = std::chrono::duration<double>;
 
-constexpr int64_t TellingPart = 20;  // of all work: what a twentieth took tells what the rest takes
+constexpr double TellingPart = 0.05;  // of all work: what a twentieth took tells what the rest takes
 
 struct Work {
-    std::atomic<int64_t> total{0}, done{0};
-    std::atomic<Clock::time_point> start{};
+    std::mutex lock;
+    bool isOn = false, isAsked = false;
+    Clock::time_point start, told;
+    double done = 0, left = 0;
 };
 
 Work& TheWork() {
@@ -23,28 +25,45 @@ Work& TheWork() {
 
 }  // namespace
 
-void StartWork(int64_t cost, Clock::time_point now) {
-    EndWork();
-    TheWork().start = now;
-    TheWork().total = cost;
+void StartWork(Clock::time_point now) {
+    Work& work = TheWork();
+    const std::lock_guard guard(work.lock);
+    work.isOn = true;
+    work.isAsked = false;
+    work.start = work.told = now;
+    work.done = work.left = 0;
 }
 
-void AddWorkDone(int64_t cost) {
-    TheWork().done += cost;
+bool IsWorkAsked() {
+    Work& work = TheWork();
+    const std::lock_guard guard(work.lock);
+    return work.isAsked;
+}
+
+void TellWork(double done, double left, Clock::time_point now) {
+    Work& work = TheWork();
+    const std::lock_guard guard(work.lock);
+    work.isAsked = false;
+    work.told = now;
+    work.done = done;
+    work.left = left;
 }
 
 void EndWork() {
-    TheWork().total = 0;
-    TheWork().done = 0;
+    Work& work = TheWork();
+    const std::lock_guard guard(work.lock);
+    work.isOn = work.isAsked = false;
 }
 
 std::optional<std::chrono::seconds> RemainingTime(Clock::time_point now) {
-    const int64_t total = TheWork().total;
-    const int64_t done = std::min<int64_t>(TheWork().done, total);
-    if (total <= 0 || done < total / TellingPart || done <= 0) return {};
-    const std::chrono::duration<double> elapsed = now - TheWork().start.load();
-    return std::chrono::round<std::chrono::seconds>(elapsed * static_cast<double>(total - done) /
-                                                    static_cast<double>(done));
+    Work& work = TheWork();
+    const std::lock_guard guard(work.lock);
+    work.isAsked = work.isOn;
+    if (!work.isOn || work.done <= 0 || work.done < TellingPart * (work.done + work.left)) return {};
+    const Seconds whenTold = Seconds(work.told - work.start) * (work.left / work.done);
+    if (whenTold <= Seconds::zero()) return std::chrono::seconds(0);
+    const Seconds since = now - work.told;
+    return std::chrono::round<std::chrono::seconds>(whenTold * (whenTold / (whenTold + since)));
 }
 
 }  // namespace k2k

@@ -31,6 +31,7 @@ struct FlowJob {
 
     int32_t base;  // portal number
     bool started = false;
+    int64_t regionFlowCalls = 0;                 // spent on it so far
     std::map<int32_t, WaitingBranches> waiting;  // by the portal waited for
     size_t waitingBytes = 0;
     // Portals of branches that there was no room for. When all of them are done the flow runs once more from the start,

@@ -23,7 +23,10 @@ void WarnRecursions(int64_t count) {
 }  // namespace
 
 FlowScheduler::FlowScheduler(VisGraph& graph, const std::vector<int32_t>& order, int32_t workers)
-    : graph_(graph), order_(order), waitingLimit_(static_cast<size_t>(workers) * WaitingJobsPerWorker) {}
+    : graph_(graph),
+      order_(order),
+      waitingLimit_(static_cast<size_t>(workers) * WaitingJobsPerWorker),
+      forecast_(graph, order) {}
 
 // A job waits only for portals in front of its own, and a portal is taken only when all in front of it are. So the
 // first of the waiting jobs waits for a worker that is busy or can go on itself: never do all workers wait for each
@@ -68,13 +71,20 @@ void FlowScheduler::Return(std::unique_ptr<FlowJob> job, int64_t recursions) {
     const std::lock_guard guard(lock_);
     WarnRecursions(recursions);
     if (job->isFinished()) {
-        StoreStatus(graph_.portal(job->base), PortalStatus::Done);
-        AddWorkDone(FlowCost(graph_.portal(job->base)));
-        changed_.notify_all();
+        Finish(*job);
     } else {
         ++putAside_;
         waiting_.push_back(std::move(job));
     }
+}
+
+void FlowScheduler::Finish(const FlowJob& job) {
+    StoreStatus(graph_.portal(job.base), PortalStatus::Done);
+    changed_.notify_all();
+    forecast_.Done(job.base, job.regionFlowCalls);
+    if (!IsWorkAsked()) return;
+    const FlowForecast::Work work = forecast_.Foretell();
+    TellWork(work.done, work.left);
 }
 
 void FlowScheduler::Fail(std::exception_ptr failure) {

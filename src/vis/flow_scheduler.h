@@ -7,14 +7,10 @@
 #include <mutex>
 #include <vector>
 
+#include "vis/flow_forecast.h"
 #include "vis/flow_job.h"
 
 namespace k2k {
-
-// What the flow of a portal costs, roughly: in proportion to what it might see.
-inline int64_t FlowCost(const VisPortal& portal) {
-    return portal.mightSeeCount;
-}
 
 // All operations may be called from any worker. Text is printed under the scheduler's lock, so that it is not mixed.
 class FlowScheduler {
@@ -27,6 +23,7 @@ class FlowScheduler {
     std::unique_ptr<FlowJob> Take();
 
     // Takes a job back, finished or not, and warns when its views came back to a region that they had come through.
+    // Tells of the work that is left to whom asks.
     void Return(std::unique_ptr<FlowJob> job, int64_t recursions);
 
     // Ends the work of all.
@@ -40,6 +37,7 @@ class FlowScheduler {
     std::unique_ptr<FlowJob> TakeWaiting();
     std::unique_ptr<FlowJob> TakeNew();
     bool CanGoOn(const FlowJob& job) const;
+    void Finish(const FlowJob& job);
     bool IsDone(int32_t portal) const { return LoadStatus(graph_.portal(portal)) == PortalStatus::Done; }
 
     VisGraph& graph_;
@@ -48,6 +46,7 @@ class FlowScheduler {
 
     std::mutex lock_;
     std::condition_variable changed_;
+    FlowForecast forecast_;
     size_t next_ = 0;                                // in order_
     std::vector<std::unique_ptr<FlowJob>> waiting_;  // jobs put aside, in the order of their return
     int64_t putAside_ = 0;

@@ -63,11 +63,13 @@ void FlowThread::PortalFlow(FlowJob& job) {
     basePlane_ = WidenPlane(base_->plane);
     ++flow_;
     clipScratch_.Release({});
+    const int64_t callsBefore = regionFlowCalls_;
     if (job.waiting.empty()) {
         StartFlow();
     } else {
         ResumeReady();
     }
+    job.regionFlowCalls += regionFlowCalls_ - callsBefore;
 }
 
 void FlowThread::StartFlow() {

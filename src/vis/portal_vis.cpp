@@ -33,12 +33,6 @@ void FlowPortals(Flow& flow) {
     flow.regionFlowCalls += thread.regionFlowCalls();
 }
 
-int64_t CostOf(const VisGraph& graph) {
-    int64_t cost = 0;
-    for (const VisPortal& portal : graph.portals) cost += FlowCost(portal);
-    return cost;
-}
-
 void Work(Flow& flow) {
     try {
         FlowPortals(flow);
@@ -82,7 +76,7 @@ FlowCounts CalculatePortalVis(VisGraph& graph, const FlowSettings& settings, int
     workers = std::max(workers, 1);
     FlowScheduler scheduler(graph, order, workers);
     Flow flow{graph, settings, rankOf, scheduler};
-    StartWork(CostOf(graph));
+    StartWork();
     RunWorkers(flow, workers);
     EndWork();
     if (scheduler.failure()) std::rethrow_exception(scheduler.failure());

@@ -18,51 +18,74 @@ class RemainingTimeTest : public BuildState {
 };
 
 TEST_F(RemainingTimeTest, GoesOnAtTheRateOfWhatIsDone) {
-    StartWork(1000, start);
-    AddWorkDone(150);
-    AddWorkDone(100);
+    StartWork(start);
+    TellWork(250, 750, start + seconds(20));
     EXPECT_EQ(RemainingTime(start + seconds(20)), seconds(60));
-    AddWorkDone(500);
-    EXPECT_EQ(RemainingTime(start + seconds(60)), seconds(20));
+    TellWork(750, 300, start + seconds(60));
+    EXPECT_EQ(RemainingTime(start + seconds(60)), seconds(24));
+}
+
+TEST_F(RemainingTimeTest, RunsDownEverSlowerWhileNoMoreIsTold) {
+    StartWork(start);
+    TellWork(1, 10, start + seconds(10));
+    EXPECT_EQ(RemainingTime(start + seconds(12)), seconds(98));
+    EXPECT_EQ(RemainingTime(start + seconds(110)), seconds(50));
+    EXPECT_EQ(RemainingTime(start + seconds(910)), seconds(10));
 }
 
 TEST_F(RemainingTimeTest, IsRoundedToTheNearestSecond) {
-    StartWork(2, start);
-    AddWorkDone(1);
+    StartWork(start);
+    TellWork(1, 1, start + milliseconds(1400));
     EXPECT_EQ(RemainingTime(start + milliseconds(1400)), seconds(1));
+    TellWork(1, 1, start + milliseconds(1600));
     EXPECT_EQ(RemainingTime(start + milliseconds(1600)), seconds(2));
 }
 
 TEST_F(RemainingTimeTest, IsNotToldBeforeATwentiethIsDone) {
-    StartWork(1000, start);
+    StartWork(start);
     EXPECT_EQ(RemainingTime(start + seconds(1)), std::nullopt);
-    AddWorkDone(49);
+    TellWork(49, 951, start + seconds(1));
     EXPECT_EQ(RemainingTime(start + seconds(1)), std::nullopt);
-    AddWorkDone(1);
+    TellWork(50, 950, start + seconds(1));
     EXPECT_EQ(RemainingTime(start + seconds(1)), seconds(19));
 }
 
 TEST_F(RemainingTimeTest, IsNotToldWithoutWork) {
     EXPECT_EQ(RemainingTime(), std::nullopt);
-    StartWork(10, start);
-    AddWorkDone(5);
+    StartWork(start);
+    TellWork(5, 5, start + seconds(1));
     EndWork();
     EXPECT_EQ(RemainingTime(start + seconds(1)), std::nullopt);
-    AddWorkDone(5);
+    TellWork(5, 5, start + seconds(1));
     EXPECT_EQ(RemainingTime(start + seconds(1)), std::nullopt);
 }
 
 TEST_F(RemainingTimeTest, NothingIsLeftWhenAllIsDone) {
-    StartWork(10, start);
-    AddWorkDone(11);
+    StartWork(start);
+    TellWork(10, 0, start + seconds(6));
     EXPECT_EQ(RemainingTime(start + seconds(7)), seconds(0));
 }
 
 TEST_F(RemainingTimeTest, NewWorkBeginsWithNothingDone) {
-    StartWork(10, start);
-    AddWorkDone(10);
-    StartWork(10, start);
+    StartWork(start);
+    TellWork(10, 0, start + seconds(6));
+    StartWork(start);
     EXPECT_EQ(RemainingTime(start + seconds(7)), std::nullopt);
+}
+
+TEST_F(RemainingTimeTest, WorkIsAskedForUntilItIsTold) {
+    EXPECT_EQ(RemainingTime(start), std::nullopt);
+    EXPECT_FALSE(IsWorkAsked()) << "there is none";
+    StartWork(start);
+    EXPECT_FALSE(IsWorkAsked());
+    RemainingTime(start);
+    EXPECT_TRUE(IsWorkAsked());
+    EXPECT_TRUE(IsWorkAsked());
+    TellWork(1, 1, start);
+    EXPECT_FALSE(IsWorkAsked());
+    RemainingTime(start);
+    EndWork();
+    EXPECT_FALSE(IsWorkAsked());
 }
 
 // Keeps what the tick told of the time last.
@@ -77,8 +100,9 @@ class TimeDisplay : public RecordingDisplay {
 TEST_F(RemainingTimeTest, TheTickShowsItAlsoWhileTheProgressStands) {
     TimeDisplay display;
     Tick tick(display);
-    StartWork(4, std::chrono::steady_clock::now() - seconds(3000));
-    AddWorkDone(3);
+    const auto now = std::chrono::steady_clock::now();
+    StartWork(now - seconds(3000));
+    TellWork(3, 1, now);
     tick.Handle();
     ASSERT_TRUE(display.atMark.has_value()) << "drawn with the activity mark";
     EXPECT_NEAR(static_cast<double>(display.atMark->count()), 1000, 10);

@@ -29,36 +29,81 @@ VisGraph PreparedGrid() {
 
 class FlowSchedulerTest : public BuildState {};
 
-TEST_F(FlowSchedulerTest, AFinishedPortalCountsByWhatItMightSee) {
+TEST_F(FlowSchedulerTest, AFinishedPortalCountsByWhatItCost) {
     VisGraph graph = PreparedGrid();
     const std::vector<int32_t> order = PortalOrder(graph);
     FlowScheduler scheduler(graph, order, 1);
-    const steady_clock::time_point start = steady_clock::now();
-    const int64_t first = graph.portal(order[0]).mightSeeCount;
-    StartWork(3 * first, start);
-    auto job = scheduler.Take();
-    EXPECT_EQ(RemainingTime(start + seconds(100)), std::nullopt);
-    job->started = true;
-    scheduler.Return(std::move(job), 0);
-    EXPECT_EQ(RemainingTime(start + seconds(100)), seconds(200));
+    FlowForecast forecast(graph, order);
+    StartWork(steady_clock::now() - seconds(1000000));
+    for (size_t rank = 0; rank < order.size() / 2; ++rank) {
+        auto job = scheduler.Take();
+        job->started = true;
+        job->regionFlowCalls = 10 + static_cast<int64_t>(rank * rank);
+        forecast.Done(job->base, job->regionFlowCalls);
+        RemainingTime();
+        scheduler.Return(std::move(job), 0);
+    }
+    const FlowForecast::Work work = forecast.Foretell();
+    const double expected = 1000000 * work.left / work.done;
+    const auto told = RemainingTime();
+    ASSERT_TRUE(told.has_value());
+    EXPECT_NEAR(static_cast<double>(told->count()), expected, expected / 100);
+}
+
+TEST_F(FlowSchedulerTest, TellsOfTheWorkOnlyWhenAsked) {
+    VisGraph graph = PreparedGrid();
+    const std::vector<int32_t> order = PortalOrder(graph);
+    FlowScheduler scheduler(graph, order, 1);
+    StartWork();
+    const auto finishAll = [&](size_t count) {
+        for (; count > 0; --count) {
+            auto job = scheduler.Take();
+            job->started = true;
+            job->regionFlowCalls = 100;
+            scheduler.Return(std::move(job), 0);
+        }
+    };
+    finishAll(order.size() - 1);
+    EXPECT_EQ(RemainingTime(), std::nullopt);
+    EXPECT_TRUE(IsWorkAsked());
+    finishAll(1);
+    EXPECT_FALSE(IsWorkAsked());
+    EXPECT_EQ(RemainingTime(), seconds(0));
 }
 
 TEST_F(FlowSchedulerTest, APortalThatIsPutAsideIsNotDone) {
     VisGraph graph = PreparedGrid();
     const std::vector<int32_t> order = PortalOrder(graph);
     FlowScheduler scheduler(graph, order, 1);
-    StartWork(graph.portal(order[0]).mightSeeCount);
+    StartWork();
+    RemainingTime();
     auto job = scheduler.Take();
     job->started = true;
+    job->regionFlowCalls = 100;
     job->missed.push_back(order[1]);
     scheduler.Return(std::move(job), 0);
-    EXPECT_EQ(RemainingTime(), std::nullopt);
+    EXPECT_TRUE(IsWorkAsked()) << "not told yet";
 }
 
-// Asks at every piece of text how far the work has come: how long the rest takes when so far it took 1000 s.
+TEST_F(FlowSchedulerTest, AJobKnowsWhatWasSpentOnIt) {
+    VisGraph graph = PreparedGrid();
+    graph.AllocateVisBits();
+    const std::vector<int32_t> sameRank(graph.portals.size(), 0);
+    FlowThread thread(graph, sameRank, {});
+    FlowJob first(0), second(1);
+    for (FlowJob* job : {&first, &second}) {
+        StoreStatus(graph.portal(job->base), PortalStatus::Working);
+        thread.PortalFlow(*job);
+    }
+    EXPECT_GT(first.regionFlowCalls, 0);
+    EXPECT_GT(second.regionFlowCalls, 0);
+    EXPECT_EQ(first.regionFlowCalls + second.regionFlowCalls, thread.regionFlowCalls());
+}
+
+// Asks at every piece of text how long the rest takes.
 class AskingDisplay : public RecordingDisplay {
   public:
-    void Text(std::string_view) override { told.push_back(RemainingTime(steady_clock::now() + seconds(1000))); }
+    void Text(std::string_view) override { told.push_back(RemainingTime()); }
 
     std::vector<std::optional<seconds>> told;
 };
@@ -69,16 +114,10 @@ TEST_F(FlowSchedulerTest, TheStepTellsOfItsTimeUntilItsEnd) {
     SetLogView(&display);
     CalculatePortalVis(graph, {}, 1);
     SetLogView(nullptr);
-    // Headline, a dot at each 60th portal as it is taken, end.
+    // Headline, a dot at each 60th portal as it is taken, end. The first dot asks, the second one is told.
     ASSERT_GE(display.told.size(), 4U);
     EXPECT_EQ(display.told.front(), std::nullopt);
-    const std::vector<int32_t> order = PortalOrder(graph);
-    int64_t done = 0, rest = 0;
-    for (size_t rank = 0; rank < order.size(); ++rank)
-        (rank < 59 ? done : rest) += graph.portal(order[rank]).mightSeeCount;
-    ASSERT_TRUE(display.told[1].has_value());
-    const double expected = 1000.0 * static_cast<double>(rest) / static_cast<double>(done);
-    EXPECT_NEAR(static_cast<double>(display.told[1]->count()), expected, expected / 100);
+    EXPECT_TRUE(display.told[2].has_value());
     EXPECT_EQ(display.told.back(), std::nullopt);
 }
 
