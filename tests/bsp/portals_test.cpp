@@ -3,6 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <list>
+#include <map>
+#include <random>
+#include <tuple>
+
 #include "bsp/portal_file.h"
 #include "bsp/test_blocks.h"
 #include "bsp/tree_build.h"
@@ -19,6 +24,83 @@ std::vector<const CPortal*> PortalsOf(const CBspNode& node) {
     std::vector<const CPortal*> list;
     for (const CPortal* portal = node.portals; portal != nullptr; portal = portal->NextAt(node)) list.push_back(portal);
     return list;
+}
+
+// Portals as plain lists of numbers: each node's list is searched for what leaves it.
+class PlainPortals {
+  public:
+    // The sides of the tree's box, as they stand before the root is cut.
+    PlainPortals(const TreePortals& box, const CBspNode& root) {
+        for (const CPortal& side : box.store) {
+            portals_.push_back({side.planenum, side.nodes, side.polygon});
+        }
+        lists_[&root] = lists_[&box.outside] = {5, 4, 3, 2, 1, 0};
+        Cut(root);
+    }
+
+    // Plane, points, and whether the node is the first one, in list order.
+    using Seen = std::tuple<int32_t, std::vector<Vec3d>, bool>;
+    std::vector<Seen> At(const CBspNode& node) {
+        std::vector<Seen> seen;
+        for (const size_t number : lists_[&node]) {
+            const Portal& portal = portals_[number];
+            seen.emplace_back(portal.planenum, portal.polygon->points, portal.nodes[0] == &node);
+        }
+        return seen;
+    }
+
+  private:
+    struct Portal {
+        int32_t planenum;
+        std::array<CBspNode*, 2> nodes;
+        PolygonRef polygon;
+    };
+
+    void Attach(size_t number) {
+        for (const CBspNode* node : portals_[number].nodes) lists_[node].push_front(number);
+    }
+
+    void Cut(const CBspNode& node) {
+        if (node.IsLeaf()) return;
+        const CPlane plane = TablePlane(node.planenum);
+        PolygonRef opening = BasePolygonForPlane(plane.normal, plane.dist);
+        for (const size_t number : lists_[&node]) {
+            const CPlane& bound = TablePlane(portals_[number].planenum);
+            const bool isFirst = portals_[number].nodes[0] == &node;
+            opening = ClipPolygon(opening, isFirst ? bound : FlippedPlane(bound), true, Options().eps);
+        }
+        CBspNode* front = node.children[0].get();
+        CBspNode* back = node.children[1].get();
+        portals_.push_back({node.planenum, {front, back}, opening});
+        Attach(portals_.size() - 1);
+        for (const size_t number : std::list<size_t>(lists_[&node])) {
+            for (const CBspNode* end : portals_[number].nodes) lists_[end].remove(number);
+            const size_t side = portals_[number].nodes[0] == &node ? 0 : 1;
+            const PolygonPieces pieces = SplitPolygon(portals_[number].polygon, plane, 0.0);
+            portals_[number].nodes[side] = pieces.front ? front : back;
+            const Portal whole = portals_[number];
+            if (pieces.front) portals_[number].polygon = pieces.front;
+            Attach(number);
+            if (!pieces.front || !pieces.back) continue;
+            portals_.push_back(whole);
+            portals_.back().polygon = pieces.back;
+            portals_.back().nodes[side] = back;
+            Attach(portals_.size() - 1);
+        }
+        Cut(*front);
+        Cut(*back);
+    }
+
+    std::vector<Portal> portals_;
+    std::map<const CBspNode*, std::list<size_t>> lists_;
+};
+
+std::vector<PlainPortals::Seen> SeenAt(const CBspNode& node) {
+    std::vector<PlainPortals::Seen> seen;
+    for (const CPortal* portal : PortalsOf(node)) {
+        seen.emplace_back(portal->planenum, portal->polygon->points, portal->nodes[0] == &node);
+    }
+    return seen;
 }
 
 class TreePortalTest : public test::LevelTest {
@@ -101,6 +183,33 @@ TEST_F(TreePortalTest, EveryPortalLiesInBothItsNodesLists) {
     EXPECT_EQ(listed, 2 * portals.store.size());
     EXPECT_EQ(root->portals, nullptr);
     EXPECT_EQ(ProgressTotal, static_cast<int32_t>(2 * PlaneTable().size()));
+}
+
+TEST_F(TreePortalTest, PortalsStandAsInPlainLists) {
+    std::mt19937 random(5);
+    const auto coordinate = [&random] { return static_cast<float>(8 * std::uniform_int_distribution(0, 8)(random)); };
+    for (int round = 0; round < 20; ++round) {
+        std::vector<Box> boxes = RoomWalls({0, 0, 0}, {64, 64, 64}, 8, plain_);
+        for (int i = 0; i < 6; ++i) {
+            Box box{{}, {}, ContentsSolid, plain_};
+            for (size_t axis = 0; axis < 3; ++axis) {
+                box.mins[axis] = coordinate();
+                box.maxs[axis] = box.mins[axis] + 8 + coordinate();
+            }
+            boxes.push_back(box);
+        }
+        const CBlockSet set = BoxSet(boxes);
+        auto root = TreeOf(set, round % 2 == 0);
+        TreePortals box;
+        MakeHeadnodePortals(box, *root, set);
+        PlainPortals plain(box, *root);
+        TreePortals portals;
+        MakeTreePortals(portals, *root, set, 0);
+        const std::vector<CBspNode*> leaves = test::LeavesOf(*root);
+        ASSERT_GT(leaves.size(), 12U);
+        for (const CBspNode* leaf : leaves) ASSERT_EQ(SeenAt(*leaf), plain.At(*leaf)) << "round " << round;
+        ASSERT_EQ(SeenAt(portals.outside), plain.At(box.outside)) << "round " << round;
+    }
 }
 
 TEST_F(TreePortalTest, FreeingTakesThePortalsOffAllNodes) {

@@ -44,6 +44,13 @@ TEST(Dot, IsSummedInDouble) {
     EXPECT_EQ(Dot(Vec3{16777216, 1, -16777216}, Vec3{1, 1, 1}), 1.0);
 }
 
+TEST(Cross, IsTakenIn32Bits) {
+    // The product ends half a unit beyond what 32 bits hold; in double that half would be left in the difference.
+    const float above = 1 + 0x1p-12F;
+    EXPECT_EQ(Cross(Vec3{0, above, 1}, Vec3{0, 1, above}), (Vec3{0x1p-11F, 0, 0}));
+    EXPECT_EQ(Cross(Vec3d{0, above, 1}, Vec3d{0, 1, above}), (Vec3d{0x1p-11 + 0x1p-24, 0, 0}));
+}
+
 TEST(VectorEqual, CountsADifferenceOfTheToleranceAsEqual) {
     EXPECT_TRUE(VectorEqual({1, 2, 3}, {1.5F, 2, 2.5F}, 0.5));
     EXPECT_FALSE(VectorEqual({1, 2, 3}, {1.5001F, 2, 3}, 0.5));
