@@ -7,6 +7,7 @@
 
 #include "driver/build_options.h"
 #include "fuzzing.h"
+#include "levelcheck/check.h"
 #include "mapread/entity.h"
 #include "mapread/read_map.h"
 #include "program/compile.h"
@@ -16,6 +17,7 @@ namespace k2k::test {
 namespace {
 
 namespace fs = std::filesystem;
+using levelcheck::LevelView;
 using ::testing::AnyOf;
 using ::testing::HasSubstr;
 
@@ -186,6 +188,21 @@ TEST_F(HostileMaps, CoordinatesThatAreNoPlaces) {
         EXPECT_EQ(Reading(Box(std::string(number) + " 0 0")),
                   "Block outside level boundaries !\nUse -bound XXX to increase size !\n")
             << number;
+    }
+}
+
+TEST_F(HostileMaps, LightsAndPathsThatAreNoPlacesDoNotReachTheLevelsTables) {
+    for (const std::string n : {"nan", "-inf", "1e30", "1e300"}) {
+        SCOPED_TRACE(n);
+        WriteFile("level.$$M", OneRoom().Light({64, 64, 64}, {200, 100, 50}, 300).Text() + "{\n2 " + n +
+                                   " 9 9 0 0 0 9 9 9 99\n}\n{\n2 9 9 9 " + n + " 0 0 " + n + " 9 9 " + n +
+                                   "\n}\n{\n6 walk\n0\n2\n" + n + " 2 3\n4 5 " + n + "\n}\n");
+        for (const std::vector<std::string>& options : {std::vector<std::string>{}, {"-litv2"}, {"-mesh"}}) {
+            const LevelView level = CompileLevel("level", options).level;
+            EXPECT_FALSE(level.surfaces.empty());
+            const std::vector<levelcheck::Fault> faults = levelcheck::Check(level);
+            EXPECT_TRUE(levelcheck::IsSound(faults)) << levelcheck::Describe(faults);
+        }
     }
 }
 

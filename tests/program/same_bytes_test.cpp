@@ -33,6 +33,16 @@ TEST_P(SameBytes, WithAnyNumberOfThreads) {
     for (const char* threads : {"2", "4", "8"}) EXPECT_TRUE(Bytes({"-threads", threads}) == one) << threads;
 }
 
+TEST_P(SameBytes, OfBounceLightWithAnyNumberOfThreads) {
+    const std::vector<std::string> bounces{"-litv2", "-radbounce", "2", "-threads"};
+    const auto bytesOn = [&](const char* threads) {
+        std::vector<std::string> options = bounces;
+        options.emplace_back(threads);
+        return Bytes(options);
+    };
+    EXPECT_TRUE(bytesOn("8") == bytesOn("1"));
+}
+
 INSTANTIATE_TEST_SUITE_P(Of, SameBytes, ::testing::Values("house", "grid200"));
 
 class Dialects : public ::testing::Test {
