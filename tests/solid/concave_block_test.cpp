@@ -47,8 +47,14 @@ TEST(BestFitPlane, TakesTheLargestTriangle) {
 }
 
 TEST(BestFitPlane, NeedsAStrictlyLargerTriangleToChange) {
-    // A bow tie: the triangles 0-1-2 and 0-1-3 are of one size and face opposite ways.
-    EXPECT_EQ(BestFitPlane(*FaceOf({{0, 0, 0}, {8, 8, 0}, {8, 0, 0}, {0, 8, 0}})).normal, (Vec3{0, 0, -1}));
+    // All four triangles are of one size; 0-1-2 comes first and faces down, 1-2-3 comes last and faces up.
+    EXPECT_EQ(BestFitPlane(*FaceOf({{0, 0, 0}, {8, 8, 0}, {8, 0, 0}, {16, 8, 0}})).normal, (Vec3{0, 0, -1}));
+}
+
+TEST(BestFitPlane, TakesTheDistanceFromTheNormalBeforeItIsNarrowed) {
+    const CPlane plane = BestFitPlane(*FaceOf({{568, 63, 207}, {813, 225, 75}, {-87, 408, 863}}));
+    EXPECT_NE(plane.dist, static_cast<float>(Dot(plane.normal, Vec3{568, 63, 207})));
+    EXPECT_EQ(plane.dist, 0x1.db00d8p+8F);
 }
 
 TEST(BestFitPlane, GivesNoPlaneForFewerThanThreePoints) {
@@ -110,6 +116,21 @@ TEST_F(ConcaveBlockTest, CutsConcaveSidesIntoTrianglesThatFaceInwards) {
         EXPECT_EQ(face.sourceBlock, 4);
     }
     EXPECT_NEAR(area, 48, 1e-4);
+}
+
+TEST_F(ConcaveBlockTest, PutsTrianglesInFrontOfEarlierSides) {
+    const CBlockSet set = SetOf(BlockOf({FaceWith({0, 0, 1}, 0, Square), FaceWith({0, 0, 1}, 0, Corner)}));
+    const FaceList& faces = set.blocks.front()->faces;
+    ASSERT_EQ(faces.size(), 5U);
+    size_t place = 0;
+    for (const CBlockFace& face : faces) EXPECT_EQ(face.points == Square, ++place == 5);
+}
+
+TEST_F(ConcaveBlockTest, NumbersPlanesOfTrianglesFromTheLastOneOn) {
+    const CBlockSet set = SetOf(BlockOf({FaceWith({0, 0, 1}, 0, {{0, 0, 0}, {0, 8, 0}, {8, 8, 4}, {8, 0, 0}})}));
+    const FaceList& faces = set.blocks.front()->faces;
+    ASSERT_EQ(faces.size(), 2U) << "a side that is not flat";
+    EXPECT_LT(faces.front()->planenum, faces.front()->next->planenum);
 }
 
 TEST_F(ConcaveBlockTest, DoesNotSnapVertices) {

@@ -50,6 +50,7 @@ TEST(NearHull2D, ComparesTheCoordinateWithTheNumberInTheBin) {
 TEST(NearHull2D, ComparesTheUpperSlotWithTheLowerSlotsNumber) {
     // The bin has no low point, whose number is then -1: only an x below that takes the slot over.
     EXPECT_EQ(HullOf(Numbered({{0, 0}, {8, 0}, {5, 1}, {4, 6}}), 1), (std::vector<int32_t>{0, 1, 2}));
+    EXPECT_EQ(HullOf(Numbered({{0, 0}, {8, 0}, {1.5F, 1}, {1, 6}}), 1), (std::vector<int32_t>{0, 1, 2}));
     EXPECT_EQ(HullOf(Numbered({{-9, 0}, {-1, 0}, {-5, 1}, {-4, 6}}), 1), (std::vector<int32_t>{0, 1, 3}));
 }
 

@@ -83,6 +83,14 @@ TEST_F(JunctionTest, MeasuresDistancesInDouble) {
     EXPECT_EQ(junctions.edges()[static_cast<size_t>(edge)].points.size(), 2U);
 }
 
+TEST_F(JunctionTest, MeasuresTheWayFromACornerInDouble) {
+    JunctionTable junctions(Mins, Maxs);
+    const JunctionSide side = junctions.FindJunctionEdge({0, 0, 1}, {0, 0, 16}, 1);
+    constexpr float NearCorner = 1.01F;  // a hair below 1.01, which is the same in 32 bits
+    junctions.AddJunctionPoint(side.edge, NearCorner);
+    EXPECT_FALSE(junctions.MissingPoint(side));
+}
+
 TEST_F(JunctionTest, IgnoresAPointNearerThanAHundredthToACorner) {
     auto root = MakeNode(Floor());
     AddFace(*root, MakeFace(Floor(), Rectangle(0, 0, 64, 64), 1));

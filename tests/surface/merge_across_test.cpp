@@ -114,6 +114,21 @@ TEST_F(MergeAcrossTest, MeasuresAlongTheAxesOfTheTexture) {
     EXPECT_EQ(Geometry().SurfaceFaceCount, 0);
 }
 
+TEST_F(MergeAcrossTest, MeasuresInDouble) {
+    Options().zoomlevel = 1.3F;
+    const double limit = 236.5 * double{1.3F};
+    const int32_t texture = AddTexture(0, {3.9928569793701172F, 0, 0}, {0, 1, 0});
+    const double range = 77 * double{3.9928569793701172F};
+    ASSERT_LT(range, limit);
+    ASSERT_GT(range, static_cast<float>(limit)) << "no room in 32 bits";
+    CBlockFace& a = Add(Rectangle(0, 0, 32, 64));
+    CBlockFace& b = Add(Rectangle(32, 0, 77, 64));
+    a.texinfo = b.texinfo = texture;
+    List(0, {&a, &b});
+    Merge();
+    EXPECT_EQ(Geometry().SurfaceFaceCount, 1);
+}
+
 TEST_F(MergeAcrossTest, SetsNoLimitToFacesWithoutLightmap) {
     const int32_t sky = AddTexture(TextureNoLightmap | TextureSky);
     CBlockFace& a = Add(Rectangle(0, 0, 6400, 64));

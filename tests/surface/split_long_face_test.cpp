@@ -97,6 +97,21 @@ TEST_F(SplitLongFaceTest, CutsPastTheLastCornerWhenThatFits) {
     EXPECT_EQ(more.back(), Points(ring.begin(), ring.begin() + 12));
 }
 
+TEST_F(SplitLongFaceTest, CutsPastTheLastCornerWhenJust28VerticesFollow) {
+    // Corners 3 and 10, and a last side of as many vertices as are asked for.
+    const auto ringWith = [](int onLastSide) {
+        Points ring;
+        for (int i = 0; i < 3; ++i) ring.push_back({0, static_cast<float>(i), 0});
+        for (int i = 0; i < 7; ++i) ring.push_back({static_cast<float>(i), 3, 0});
+        for (int i = onLastSide; i > 0; --i) ring.push_back({static_cast<float>(i), 0, 0});
+        return ring;
+    };
+    const Points ring = ringWith(28);
+    EXPECT_EQ(PointsOf(Split(ring)).back(), Points(ring.begin(), ring.begin() + 12));
+    const Points longer = ringWith(29);
+    EXPECT_EQ(PointsOf(Split(longer)).back(), Points(longer.begin(), longer.begin() + 28));
+}
+
 TEST_F(SplitLongFaceTest, ChainsAllPiecesFromTheFace) {
     auto face = MakeFace(3, SquareWith(90), 5);
     face->texinfo = 9;
