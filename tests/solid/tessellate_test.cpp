@@ -1,5 +1,8 @@
+#include <GL/glu.h>
+
 #include <algorithm>
 
+#include "solid/vectors.h"
 #include "solid_support.h"
 
 namespace k2k {
@@ -21,6 +24,38 @@ TEST_F(TessellateFaceTest, CutsAConcaveFaceIntoPlainTriangles) {
     EXPECT_EQ(triangles.size(), 4U);
     EXPECT_NEAR(AreaOf(triangles), 48, 1e-4);
     for (const CBlockFace& triangle : triangles) EXPECT_EQ(triangle.numpoints(), 3);
+}
+
+// The corners that the tessellator names for a polygon, as it names them.
+std::vector<Vec3> CornersFromGlu(const std::vector<Vec3>& polygon) {
+    using Callback = void (*)();
+    std::vector<Vec3d> points;
+    for (const Vec3& point : polygon) points.push_back(Widen(point));
+    std::vector<Vec3> corners;
+    GLUtesselator* tessellator = gluNewTess();
+    gluTessCallback(tessellator, GLU_TESS_EDGE_FLAG, reinterpret_cast<Callback>(+[](GLboolean) {}));
+    gluTessCallback(tessellator, GLU_TESS_VERTEX_DATA, reinterpret_cast<Callback>(+[](void* vertex, void* data) {
+                        static_cast<std::vector<Vec3>*>(data)->push_back(Narrow(*static_cast<Vec3d*>(vertex)));
+                    }));
+    gluTessBeginPolygon(tessellator, &corners);
+    gluTessBeginContour(tessellator);
+    for (Vec3d& point : points) gluTessVertex(tessellator, point.data(), &point);
+    gluTessEndContour(tessellator);
+    gluTessEndPolygon(tessellator);
+    gluDeleteTess(tessellator);
+    return corners;
+}
+
+TEST_F(TessellateFaceTest, GivesTheLastTriangleFirstWithItsCornersInOrder) {
+    const std::vector<Vec3> comb{{0, 0, 0}, {0, 8, 0}, {2, 2, 0}, {4, 8, 0}, {6, 3, 0}, {8, 8, 0}, {8, 0, 0}};
+    const std::vector<Vec3> corners = CornersFromGlu(comb);
+    const FaceList triangles = TessellateFace(*MakeFloorFace(comb));
+    ASSERT_EQ(triangles.size() * 3, corners.size());
+    auto end = corners.end();
+    for (const CBlockFace& triangle : triangles) {
+        EXPECT_EQ(triangle.points, std::vector<Vec3>(end - 3, end));
+        end -= 3;
+    }
 }
 
 TEST_F(TessellateFaceTest, CopiesTheFieldsOfTheFaceAndLeavesIt) {
