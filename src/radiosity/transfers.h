@@ -1,7 +1,6 @@
 // Which patches see which others, and how much of its light each one sends there.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <span>
 #include <vector>
