@@ -219,6 +219,35 @@ TEST(RayTreeTest, ManyEqualTrianglesAreCutInTheMiddle) {
     EXPECT_EQ(model.tree().depth, 10U);
 }
 
+// The triangles of a tree over small ones around these points, in the order of the walk.
+std::vector<uint32_t> WalkOver(const std::vector<Vec3>& middles) {
+    std::vector<Vec3> vertices;
+    std::vector<std::array<uint32_t, 3>> triangles;
+    for (const Vec3& m : middles) {
+        const auto first = static_cast<uint32_t>(vertices.size());
+        vertices.insert(vertices.end(), {{m[0] - 1, m[1] + 1, m[2]}, {m[0], m[1], m[2]}, {m[0] + 1, m[1] - 1, m[2]}});
+        triangles.push_back({first, first + 1, first + 2});
+    }
+    const Opcode::MeshInterface mesh{vertices, triangles};
+    const Opcode::AABBNoLeafTree tree = Opcode::AABBTreeOfTrianglesBuilder(mesh).Build();
+    std::vector<uint32_t> walk(middles.size());
+    for (uint32_t i = 0; i < walk.size(); i++) walk[tree.places[i]] = i;
+    return walk;
+}
+
+TEST(RayTreeTest, TheSideAboveComesFirst) {
+    EXPECT_EQ(WalkOver({{-20, 0, 0}, {0, 0, 0}, {20, 0, 0}}), (std::vector<uint32_t>{2, 1, 0}));
+}
+
+TEST(RayTreeTest, ATriangleOnTheSplittingValueIsNotAbove) {
+    // Above with the second one, the third would come before it, as the two would be split along y.
+    EXPECT_EQ(WalkOver({{-100, 75, 0}, {100, 0, 0}, {0, 150, 0}}), (std::vector<uint32_t>{1, 2, 0}));
+}
+
+TEST(RayTreeTest, OfEqualExtentsTheFirstAxisIsSplit) {
+    EXPECT_EQ(WalkOver({{-8, -8, 0}, {8, -8, 0}, {-8, 8, 0}, {8, 8, 0}}), (std::vector<uint32_t>{3, 1, 2, 0}));
+}
+
 // Random triangles of all sizes, some of them axial (rays run along their box faces), and a scene's tree over them.
 struct RandomScene {
     std::vector<Vec3> vertices;
