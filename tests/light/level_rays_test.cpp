@@ -140,6 +140,24 @@ TEST_F(LevelRays, DeepTreesOfLargeLevelsHaveShadowsToo) {
     ExpectPlainTransfersWithFewWalks(Patches(255));
 }
 
+TEST_F(LevelRays, WithoutAToleranceThereAreNoShadows) {
+    Make(2, 4);
+    for (const float eps : {0.05F, 0.0F}) {
+        Options().eps = eps;
+        const RayStructures structures;
+        const LightPatches patches = Patches(96);
+        const CLevelRays rays(patches);
+        int shadows = 0;
+        for (int32_t i = 1; i < patches.count(); i++) {
+            Blocker blocker = NoBlocker;
+            ShadowVolume shadow;
+            if (!rays.IsBlocked(patches[0].origin, patches[i].origin, blocker)) continue;
+            if (rays.CastShadow(blocker, patches[i].origin, shadow)) shadows++;
+        }
+        EXPECT_EQ(shadows > 0, eps > 0);
+    }
+}
+
 TEST_F(LevelRays, MeshLevelsHaveNoShadows) {
     Make(1, 1);
     const LightPatches patches = Patches(64);
