@@ -117,6 +117,25 @@ TEST_F(GeometryStage, WithNofillTheFirstTreeStaysAndNoPortalFileIsWritten) {
     EXPECT_GT(Geometry().surfaces.size(), 6U);
 }
 
+TEST_F(GeometryStage, TheFirstTreeHalvesTheLevelAndTheSecondCutsNoFaces) {
+    // A slab with a box on its middle: a wall of the box halves the level and cuts the slab, its top cuts nothing.
+    const std::string level = WorldText(BlockText({0, 0, 0}, {128, 128, 8}) + BlockText({64, 48, 8}, {80, 80, 24}));
+    const auto splitsAtTheWall = [](uint32_t plane) {
+        const FinalPlaneRecord& root = Geometry().planes[plane];
+        return root.normal == Vec3{1, 0, 0} && root.dist == 64;
+    };
+    Options().nh = true;
+    for (const bool nofill : {true, false}) {
+        Options().nofill = nofill;
+        Build(level + StartText({24, 24, 64}));
+        LoadLevel();
+        const LevelInfo& info = Geometry().info;
+        // Faces of a clipping hull stay as the first tree cut them, so the wall is the best for its second tree too.
+        EXPECT_TRUE(splitsAtTheWall(Portals().hullNodes[static_cast<size_t>(info.headNodes[1])].plane));
+        EXPECT_EQ(splitsAtTheWall(Portals().nodes[static_cast<size_t>(info.headNodes[0])].plane), nofill);
+    }
+}
+
 TEST_F(GeometryStage, NoportalsStillWritesThePortalFile) {
     Options().noportals = true;
     Build(RoomMap());
