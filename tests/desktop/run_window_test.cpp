@@ -51,6 +51,11 @@ class ARunWindow : public ::testing::Test {
     void WaitForQuestion() {
         WaitFor([this] { return Question() != nullptr && Question()->isVisible(); }, "the question");
     }
+    void StartAndAsk() {
+        Start();
+        Button().click();
+        WaitForQuestion();
+    }
     void AnswerQuestion(QMessageBox::StandardButton button) {
         WaitForQuestion();
         Question()->button(button)->click();
@@ -155,9 +160,7 @@ TEST_F(ARunWindow, BlinksItsActivityMark) {
 }
 
 TEST_F(ARunWindow, AsksBeforeItAborts) {
-    Start();
-    Button().click();
-    WaitForQuestion();
+    StartAndAsk();
     EXPECT_EQ(Question()->windowTitle(), "Quit map compiler");
     EXPECT_EQ(Question()->text(), "Do you really want to abort?");
     EXPECT_EQ(Question()->standardButtons(), QMessageBox::Yes | QMessageBox::No);
@@ -197,18 +200,14 @@ TEST_F(ARunWindow, AsksOnReturnAndReturnMeansNo) {
 }
 
 TEST_F(ARunWindow, AsksOnlyOnceAtATime) {
-    Start();
-    Button().click();
-    WaitForQuestion();
+    StartAndAsk();
     window_.reject();
     EXPECT_EQ(window_.findChildren<QMessageBox*>().size(), 1);
     AnswerQuestion(QMessageBox::No);
 }
 
 TEST_F(ARunWindow, FollowsTheRunWhileItAsks) {
-    Start();
-    Button().click();
-    WaitForQuestion();
+    StartAndAsk();
     Display().Text(" ok");
     WaitForText("Building ... ok");
     AnswerQuestion(QMessageBox::No);
@@ -244,9 +243,7 @@ TEST_F(ARunWindow, ClosesByItselfWhenAsked) {
 }
 
 TEST_F(ARunWindow, ClosesByItselfInFrontOfAnOpenQuestion) {
-    Start();
-    Button().click();
-    WaitForQuestion();
+    StartAndAsk();
     window_.EndRun({.status = 0, .finished = true, .close = true});
     EXPECT_EQ(status_, 0);
 }
@@ -282,8 +279,7 @@ TEST_F(ARunWindow, NeverComesWhenARunEndsWithoutAWord) {
 }
 
 TEST_F(ARunWindow, DoesNotComeBackWithMoreTextOfAnAbortedRun) {
-    Start();
-    Button().click();
+    StartAndAsk();
     AnswerQuestion(QMessageBox::Yes);
     Display().Text(" ok");
     WaitForText("Building ... ok");
