@@ -1,8 +1,10 @@
 // Looks into the chunks of a compiled level.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstring>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -76,6 +78,19 @@ inline Texel FirstTexel(const levelcheck::LevelView& level, const levelcheck::Su
 
 inline bool IsLit(const levelcheck::Surface& surface) {
     return surface.lightShift != 255;
+}
+
+inline size_t CountLit(const std::vector<levelcheck::Surface>& surfaces) {
+    return static_cast<size_t>(std::count_if(surfaces.begin(), surfaces.end(), IsLit));
+}
+inline size_t CountLit(const levelcheck::LevelView& level) {
+    return CountLit(level.surfaces);
+}
+
+// The sum of all bytes of all pages.
+inline uint64_t Brightness(const levelcheck::LevelView& level) {
+    const auto pages = level.Chunk(levelcheck::ChunkPages);
+    return std::accumulate(pages.begin(), pages.end(), uint64_t{0});
 }
 
 }  // namespace k2k::test

@@ -1,8 +1,6 @@
 // Options of light, seen in the lightmap pages, the surfaces and the settings that the sun's record carries.
 #include <gmock/gmock.h>
 
-#include <numeric>
-
 #include "program/compile.h"
 #include "program/level_bytes.h"
 
@@ -15,15 +13,6 @@ using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-uint64_t Brightness(const LevelView& level) {
-    const auto pages = level.Chunk(levelcheck::ChunkPages);
-    return std::accumulate(pages.begin(), pages.end(), uint64_t{0});
-}
-
-size_t CountLit(const LevelView& level) {
-    return static_cast<size_t>(std::count_if(level.surfaces.begin(), level.surfaces.end(), IsLit));
-}
-
 // The surfaces that face along an axis (0 to 2): up it or down.
 std::vector<Surface> Facing(const LevelView& level, int axis, bool up) {
     std::vector<Surface> found;
@@ -33,10 +22,6 @@ std::vector<Surface> Facing(const LevelView& level, int axis, bool up) {
         if ((surface.side == 0 ? along : -along) == (up ? 1 : -1)) found.push_back(surface);
     }
     return found;
-}
-
-size_t CountLit(const std::vector<Surface>& surfaces) {
-    return static_cast<size_t>(std::count_if(surfaces.begin(), surfaces.end(), IsLit));
 }
 
 using Lightmaps = SmallMapTest;

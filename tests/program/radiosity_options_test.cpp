@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <numeric>
 
 #include "program/compile.h"
 #include "program/level_bytes.h"
@@ -31,10 +30,6 @@ bool IsUnderTheTable(const LevelView& level, const Surface& surface) {
     return plane.nz == 1 && plane.dist == 40 && surface.side != 0;
 }
 
-size_t CountLit(const LevelView& level) {
-    return static_cast<size_t>(std::count_if(level.surfaces.begin(), level.surfaces.end(), IsLit));
-}
-
 bool IsLitUnderTheTable(const LevelView& level) {
     return std::any_of(level.surfaces.begin(), level.surfaces.end(),
                        [&](const Surface& surface) { return IsUnderTheTable(level, surface) && IsLit(surface); });
@@ -42,11 +37,6 @@ bool IsLitUnderTheTable(const LevelView& level) {
 
 std::vector<uint8_t> Pages(const LevelView& level) {
     return ChunkBytes(level, levelcheck::ChunkPages);
-}
-
-uint64_t Brightness(const LevelView& level) {
-    const std::vector<uint8_t> pages = Pages(level);
-    return std::accumulate(pages.begin(), pages.end(), uint64_t{0});
 }
 
 class RadiosityRoad : public SmallMapTest {
