@@ -58,12 +58,32 @@ inline Vec3 Narrow(const Vec3d& a) {
     return {static_cast<float>(a[0]), static_cast<float>(a[1]), static_cast<float>(a[2])};
 }
 
+// Lengths up to this are no direction, and components below it are noise of the division.
+constexpr double VanishingLength = 0.0001;
+
+template <typename T>
+T NormalizeBy(std::array<T, 3>& v, T length) {
+    if (length <= VanishingLength) {
+        v = {};
+        return 0;
+    }
+    for (T& component : v) {
+        component /= length;
+        component = std::fabs(component) < VanishingLength ? T{0} : component;
+    }
+    return length;
+}
+
 // Divides by the length and returns it. A length of 0.0001 or less gives the zero vector and 0; after the division any
 // component below 0.0001 in magnitude is set to exactly zero. The length is taken from the double sum, stored as
 // 32-bit.
-float Normalize(Vec3& v);
+inline float Normalize(Vec3& v) {
+    return NormalizeBy(v, static_cast<float>(std::sqrt(LengthSquared(v))));
+}
 // The same rules in double.
-double NormalizeD(Vec3d& v);
+inline double NormalizeD(Vec3d& v) {
+    return NormalizeBy(v, std::sqrt(Dot(v, v)));
+}
 
 // What lies between two 32-bit numbers, to be held against a tolerance: in 32 bits a difference just above the
 // tolerance could be rounded down to it.
