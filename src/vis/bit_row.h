@@ -1,6 +1,7 @@
 // Rows of one bit a region, kept in words of 64 bits.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -21,6 +22,9 @@ inline size_t RowBytes(int32_t regionCount) {
 inline bool TestBit(const Word* row, int32_t region) {
     return ((row[static_cast<uint32_t>(region) / WordBits] >> (static_cast<uint32_t>(region) % WordBits)) & 1U) != 0;
 }
+inline void ClearBit(Word* row, int32_t region) {
+    row[static_cast<uint32_t>(region) / WordBits] &= ~(Word{1} << (static_cast<uint32_t>(region) % WordBits));
+}
 inline void SetBit(Word* row, int32_t region) {
     row[static_cast<uint32_t>(region) / WordBits] |= Word{1} << (static_cast<uint32_t>(region) % WordBits);
 }
@@ -30,6 +34,16 @@ inline bool ShareNewBit(const Word* a, const Word* b, const Word* known, size_t 
     Word fresh = 0;
     for (size_t i = 0; i < words; ++i) fresh |= a[i] & b[i] & ~known[i];
     return fresh != 0;
+}
+inline bool ShareBit(const Word* a, const Word* b, size_t words) {
+    Word shared = 0;
+    for (size_t i = 0; i < words; ++i) shared |= a[i] & b[i];
+    return shared != 0;
+}
+inline int32_t CountBits(const Word* row, size_t words) {
+    int32_t count = 0;
+    for (size_t i = 0; i < words; ++i) count += std::popcount(row[i]);
+    return count;
 }
 inline void AndRows(const Word* a, const Word* b, Word* out, size_t words) {
     for (size_t i = 0; i < words; ++i) out[i] = a[i] & b[i];

@@ -12,7 +12,8 @@
 namespace k2k {
 namespace {
 
-constexpr double SameNormal = 0.01;  // per component: a view cannot leave through the plane that it came in by
+constexpr double SameNormal = 0.01;      // per component: a view cannot leave through the plane that it came in by
+constexpr int64_t WorthRemembering = 4;  // calls that a view has cost; those of less are cheaper to follow again
 
 // The largest sum of a point's coordinates.
 double SizeOf(const VisGraph& graph) {
@@ -53,7 +54,8 @@ FlowThread::FlowThread(VisGraph& graph, const std::vector<int32_t>& rankOf, cons
       eps_(settings.eps),
       separatorRules_{settings.eps, MaySkipRepeats(SizeOf(graph), settings.eps)},
       rowWords_(graph.rowWords()),
-      onChain_(static_cast<size_t>(graph.regionCount()), 0),
+      onChain_(rowWords_, 0),
+      memory_(rowWords_, settings.memoryLimit),
       firstClips_(graph.portals.size()) {}
 
 void FlowThread::PortalFlow(FlowJob& job) {
@@ -63,6 +65,7 @@ void FlowThread::PortalFlow(FlowJob& job) {
     basePlane_ = WidenPlane(base_->plane);
     ++flow_;
     clipScratch_.Release({});
+    memory_.Clear();
     const int64_t callsBefore = regionFlowCalls_;
     if (job.waiting.empty()) {
         StartFlow();
@@ -76,9 +79,9 @@ void FlowThread::StartFlow() {
     job_->started = true;
     job_->missed.clear();
     FlowFrame frame;
-    frame.source = base_->polygon->points;
+    frame.view = {job_->base, base_->polygon->points, {}};
     frame.mightSee = base_->mightSee;
-    EnterRegion(*base_, frame);
+    EnterRegion(frame);
     RegionFlow();
 }
 
@@ -86,30 +89,30 @@ void FlowThread::StartFlow() {
 // other portals.
 void FlowThread::ResumeReady() {
     for (auto at = job_->waiting.begin(); at != job_->waiting.end();) {
-        const VisPortal& portal = graph_.portal(at->first);
-        if (LoadStatus(portal) != PortalStatus::Done) {
+        if (LoadStatus(graph_.portal(at->first)) != PortalStatus::Done) {
             ++at;
             continue;
         }
         const auto entry = job_->waiting.extract(at++);
         job_->waitingBytes -= entry.mapped().bytes();
-        Resume(portal, entry.mapped());
+        Resume(entry.key(), entry.mapped());
     }
 }
 
-void FlowThread::Resume(const VisPortal& portal, const WaitingBranches& waiting) {
+void FlowThread::Resume(int32_t number, const WaitingBranches& waiting) {
+    const Word* visBits = graph_.portal(number).visBits;
     const Word* row = waiting.rows.data();
     const Vec3d* points = waiting.points.data();
     const int32_t* chain = waiting.chain.data();
     for (const WaitingBranches::Branch& branch : waiting.branches) {
-        if (ShareNewBit(row, portal.visBits, base_->visBits, rowWords_)) {
+        if (ShareNewBit(row, visBits, base_->visBits, rowWords_)) {
             chainBelow_.assign(chain, chain + branch.chainLength);
-            for (const int32_t region : chainBelow_) onChain_[static_cast<size_t>(region)] = 1;
+            for (const int32_t region : chainBelow_) SetBit(onChain_.data(), region);
             source_.Start({points, branch.sourceCount});
             target_.Start({points + branch.sourceCount, branch.passCount});
-            GoThrough(portal, row, portal.visBits);
+            GoThrough(number, row, visBits);
             RegionFlow();
-            for (const int32_t region : chainBelow_) onChain_[static_cast<size_t>(region)] = 0;
+            for (const int32_t region : chainBelow_) ClearBit(onChain_.data(), region);
             chainBelow_.clear();
         }
         row += rowWords_;
@@ -143,7 +146,7 @@ void FlowThread::LookThrough(FlowFrame& frame, const RegionExit& exit) {
     if (bound.isEarly) {
         PutAside(frame, exit.portal);
     } else {
-        GoThrough(portal, frame.mightSee, bound.row);
+        GoThrough(exit.portal, frame.mightSee, bound.row);
     }
 }
 
@@ -159,9 +162,9 @@ FlowThread::Bound FlowThread::BoundOf(int32_t number) const {
 bool FlowThread::ClipView(FlowFrame& frame, int32_t number) {
     const FlowPoints opening = FirstClipOf(number);
     if (opening.empty()) return false;
-    source_.Start(frame.source);
+    source_.Start(frame.view.source);
     target_.Start(opening);
-    if (frame.pass.empty()) return true;
+    if (frame.view.pass.empty()) return true;
     return target_.Clip(frame.entryPlane, eps_) && source_.Clip(WidenFlipped(graph_.portal(number).plane), eps_) &&
            ClipToSeparators(frame);
 }
@@ -171,14 +174,14 @@ bool FlowThread::ClipView(FlowFrame& frame, int32_t number) {
 bool FlowThread::ClipToSeparators(FlowFrame& frame) {
     const int32_t level = settings_.level;
     if (source_.isWhole()) {
-        if (level > 0 && !ClipByKept(frame.fromSource, frame.source, frame.pass, false)) return false;
-        if (level > 1 && !ClipByKept(frame.fromPass, frame.pass, frame.source, true)) return false;
+        if (level > 0 && !ClipByKept(frame.fromSource, frame.view.source, frame.view.pass, false)) return false;
+        if (level > 1 && !ClipByKept(frame.fromPass, frame.view.pass, frame.view.source, true)) return false;
     } else {
-        if (level > 0 && !ClipBySeparators(source_.points(), frame.pass, false, target_)) return false;
-        if (level > 1 && !ClipBySeparators(frame.pass, source_.points(), true, target_)) return false;
+        if (level > 0 && !ClipBySeparators(source_.points(), frame.view.pass, false, target_)) return false;
+        if (level > 1 && !ClipBySeparators(frame.view.pass, source_.points(), true, target_)) return false;
     }
-    if (level > 2 && !ClipBySeparators(target_.points(), frame.pass, false, source_)) return false;
-    return level <= 3 || ClipBySeparators(frame.pass, target_.points(), true, source_);
+    if (level > 2 && !ClipBySeparators(target_.points(), frame.view.pass, false, source_)) return false;
+    return level <= 3 || ClipBySeparators(frame.view.pass, target_.points(), true, source_);
 }
 
 bool FlowThread::ClipByKept(SeparatorRange& range, FlowPoints source, FlowPoints pass, bool flip) {
@@ -210,21 +213,42 @@ FlowPoints FlowThread::FirstClipOf(int32_t number) {
 }
 
 // Enters the region behind the portal with what is left of the view.
-void FlowThread::GoThrough(const VisPortal& portal, const Word* mightSee, const Word* row) {
+void FlowThread::GoThrough(int32_t number, const Word* mightSee, const Word* row) {
     FlowFrame frame;
     frame.scratchBelow = scratch_.Top();
     Word* behind = scratch_.Take<Word>(rowWords_);
     AndRows(mightSee, row, behind, rowWords_);
     frame.mightSee = behind;
-    frame.source = Keep(source_, scratch_);
-    frame.pass = Keep(target_, scratch_);
-    EnterRegion(portal, frame);
+    frame.view = {number, Keep(source_, scratch_), Keep(target_, scratch_)};
+    if (settings_.memoryLimit > 0) frame.view.hash = HashView(frame.view);
+    if (IsRepeated(frame)) {
+        ++repeats_;
+        scratch_.Release(frame.scratchBelow);
+    } else {
+        EnterRegion(frame);
+    }
 }
 
-void FlowThread::EnterRegion(const VisPortal& portal, FlowFrame& frame) {
-    ++regionFlowCalls_;
+// Whether the view's way has been gone already. Where it might come back to a region that it has come through, it is
+// followed, so that the recursion is told.
+bool FlowThread::IsRepeated(const FlowFrame& frame) const {
+    return settings_.memoryLimit > 0 && memory_.Holds(frame.view, frame.mightSee) &&
+           !ShareBit(frame.mightSee, onChain_.data(), rowWords_);
+}
+
+// Recursions depend on the way that a view has come; what has met one may go further on another way.
+void FlowThread::Remember(const FlowFrame& frame) {
+    if (settings_.memoryLimit == 0 || frame.view.pass.empty()) return;
+    if (regionFlowCalls_ - frame.callsBefore < WorthRemembering || recursions_ != frame.recursionsBefore) return;
+    memory_.Add(frame.view, frame.mightSee);
+}
+
+void FlowThread::EnterRegion(FlowFrame& frame) {
+    const VisPortal& portal = graph_.portal(frame.view.portal);
     const int32_t region = portal.region;
-    if (onChain_[static_cast<size_t>(region)] != 0) {
+    frame.callsBefore = regionFlowCalls_++;
+    frame.recursionsBefore = recursions_;
+    if (TestBit(onChain_.data(), region)) {
         ++recursions_;
         scratch_.Release(frame.scratchBelow);
         return;
@@ -233,7 +257,7 @@ void FlowThread::EnterRegion(const VisPortal& portal, FlowFrame& frame) {
         SetBit(base_->visBits, region);
         ++base_->canSeeCount;
     }
-    onChain_[static_cast<size_t>(region)] = 1;
+    SetBit(onChain_.data(), region);
     frame.region = region;
     frame.exits = graph_.ExitsOf(region);
     frame.entryPlane = WidenPlane(portal.plane);
@@ -244,7 +268,8 @@ void FlowThread::EnterRegion(const VisPortal& portal, FlowFrame& frame) {
 
 void FlowThread::LeaveRegion() {
     const FlowFrame& frame = frames_.back();
-    onChain_[static_cast<size_t>(frame.region)] = 0;
+    ClearBit(onChain_.data(), frame.region);
+    Remember(frame);
     separators_.resize(frame.separatorsBelow);
     scratch_.Release(frame.scratchBelow);
     frames_.pop_back();

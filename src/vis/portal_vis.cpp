@@ -19,7 +19,7 @@ struct Flow {
     const FlowSettings& settings;
     const std::vector<int32_t>& rankOf;
     FlowScheduler& scheduler;
-    std::atomic<int64_t> regionFlowCalls{0};
+    std::atomic<int64_t> regionFlowCalls{0}, repeats{0};
 };
 
 void FlowPortals(Flow& flow) {
@@ -31,6 +31,7 @@ void FlowPortals(Flow& flow) {
         recursions = thread.recursions();
     }
     flow.regionFlowCalls += thread.regionFlowCalls();
+    flow.repeats += thread.repeats();
 }
 
 void Work(Flow& flow) {
@@ -81,7 +82,7 @@ FlowCounts CalculatePortalVis(VisGraph& graph, const FlowSettings& settings, int
     EndWork();
     if (scheduler.failure()) std::rethrow_exception(scheduler.failure());
     BuildLog(" ok");
-    return {flow.regionFlowCalls, scheduler.putAside()};
+    return {flow.regionFlowCalls, flow.repeats, scheduler.putAside()};
 }
 
 }  // namespace k2k

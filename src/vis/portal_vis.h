@@ -7,6 +7,7 @@ namespace k2k {
 
 struct FlowCounts {
     int64_t regionFlowCalls = 0;
+    int64_t repeats = 0;   // views that were left out since they repeated another
     int64_t putAside = 0;  // jobs that had to wait for another portal
 };
 

@@ -69,6 +69,7 @@ void MakeVisibility(const BuildOptions& options) {
         settings.eps = options.eps;
         const FlowCounts counts = CalculatePortalVis(graph, settings, options.threads);
         AddStat("region_flow_calls", counts.regionFlowCalls);
+        AddStat("repeated_views", counts.repeats);
     }
     for (const VisPortal& portal : graph.portals) CheckPolygon(portal.polygon);
     std::vector<uint8_t>& visibility = Portals().visibility;

@@ -20,24 +20,37 @@ std::vector<BitRow> RowsOnWorkers(const RoomGridOptions& grid, FlowSettings sett
     return VisRows(graph);
 }
 
+// Without memory each step of the plain form is taken, with any memory as many or fewer.
 void ExpectLikeReference(const RoomGridOptions& grid, int32_t level, float eps = Eps) {
-    VisGraph graph = ReadGrid(grid);
-    const ReferenceResult expected = ReferenceVisibility(graph, level, eps);
-    BasePortalVis(graph, eps);
-    ASSERT_TRUE(MightSeeRows(graph) == expected.mightSee);
-    FlowSettings settings;
-    settings.level = level;
-    settings.eps = eps;
-    const FlowCounts counts = CalculatePortalVis(graph, settings, 1);
-    EXPECT_TRUE(VisRows(graph) == expected.visBits);
-    EXPECT_EQ(counts.regionFlowCalls, expected.regionFlowCalls);
+    const ReferenceResult expected = ReferenceVisibility(ReadGrid(grid), level, eps);
+    for (const size_t memoryLimit : {size_t{0}, size_t{5000}, FlowSettings().memoryLimit}) {
+        VisGraph graph = ReadGrid(grid);
+        BasePortalVis(graph, eps);
+        ASSERT_TRUE(MightSeeRows(graph) == expected.mightSee);
+        FlowSettings settings;
+        settings.level = level;
+        settings.eps = eps;
+        settings.memoryLimit = memoryLimit;
+        WarnCount = 0;
+        const FlowCounts counts = CalculatePortalVis(graph, settings, 1);
+        EXPECT_TRUE(VisRows(graph) == expected.visBits);
+        EXPECT_EQ(WarnCount, expected.recursions);
+        if (memoryLimit == 0) {
+            EXPECT_EQ(counts.regionFlowCalls, expected.regionFlowCalls);
+        } else {
+            EXPECT_LE(counts.regionFlowCalls + counts.repeats, expected.regionFlowCalls);
+        }
+    }
 }
 
 struct GridKind {
     const char* name;
     bool tilted;
     int32_t maxCorners;
+    bool allOpen = false;
 };
+
+class FlowMemoryTest : public BuildState {};
 
 class RandomGridTest : public BuildState, public testing::WithParamInterface<GridKind> {
   protected:
@@ -45,6 +58,7 @@ class RandomGridTest : public BuildState, public testing::WithParamInterface<Gri
         RoomGridOptions options;
         options.tilted = GetParam().tilted;
         options.maxCorners = GetParam().maxCorners;
+        options.allOpen = GetParam().allOpen;
         options.seed = seed;
         return options;
     }
@@ -52,7 +66,8 @@ class RandomGridTest : public BuildState, public testing::WithParamInterface<Gri
 
 INSTANTIATE_TEST_SUITE_P(Kinds, RandomGridTest,
                          testing::Values(GridKind{"AxialRectangles", false, 4}, GridKind{"AxialPolygons", false, 9},
-                                         GridKind{"TiltedRectangles", true, 4}, GridKind{"TiltedPolygons", true, 9}),
+                                         GridKind{"TiltedRectangles", true, 4}, GridKind{"TiltedPolygons", true, 9},
+                                         GridKind{"AxialAir", false, 4, true}, GridKind{"TiltedAir", true, 4, true}),
                          [](const auto& kind) { return kind.param.name; });
 
 TEST_P(RandomGridTest, FlowEqualsThePlainFormAtEveryLevel) {
@@ -81,6 +96,25 @@ TEST_P(RandomGridTest, FlowEqualsThePlainFormAtAnyScale) {
         ExpectLikeReference(grid, 2);
         ExpectLikeReference(grid, 4);
     }
+}
+
+// In a cube of air, cut into cells, most views are not cut and come the same by many ways.
+TEST_F(FlowMemoryTest, RepeatedViewsAreNotFollowedAgain) {
+    RoomGridOptions grid;
+    grid.size = {4, 4, 2};
+    grid.allOpen = true;
+    const auto countsWith = [&](size_t memoryLimit) {
+        VisGraph graph = ReadGrid(grid);
+        BasePortalVis(graph, Eps);
+        FlowSettings settings;
+        settings.memoryLimit = memoryLimit;
+        return CalculatePortalVis(graph, settings, 1);
+    };
+    const FlowCounts forgetful = countsWith(0);
+    const FlowCounts mindful = countsWith(size_t{1} << 20U);
+    EXPECT_EQ(forgetful.repeats, 0);
+    EXPECT_GT(mindful.repeats, 0);
+    EXPECT_LT(mindful.regionFlowCalls + mindful.repeats, forgetful.regionFlowCalls);
 }
 
 TEST_P(RandomGridTest, RowsAreTheSameOnAnyNumberOfThreads) {

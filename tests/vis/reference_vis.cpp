@@ -192,8 +192,11 @@ class Reference {
         for (size_t k = 0; k < source.points.size() && !reverse; ++k) {
             if (k == i || k == l) continue;
             const float d = NarrowDistance(plane, source.points[k]);
-            if (d < -eps_) reverse = false;
-            if (d > eps_) reverse = true;
+            if (d < -eps_) {
+                reverse = false;
+            } else if (d > eps_) {
+                reverse = true;
+            }
         }
         if (!reverse) return {};
         if (*reverse) plane = Reverse(plane);

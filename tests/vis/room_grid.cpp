@@ -38,7 +38,7 @@ class Maker {
     void AddWall(const std::array<int32_t, 3>& room, size_t axis) {
         std::array<int32_t, 3> next = room;
         if (++next[axis] == grid_.size[axis]) return;
-        const int32_t count = UpTo(options_.maxOpenings);
+        const int32_t count = options_.allOpen ? 1 : UpTo(options_.maxOpenings);
         for (int32_t i = 0; i < count; ++i) {
             AddOpening(room, next, axis, static_cast<double>(i) / count, static_cast<double>(i + 1) / count);
         }
@@ -70,6 +70,7 @@ class Maker {
     // Corners in fractions of the wall, counterclockwise seen along the wall's axis: the normal of a portal file is the
     // other way round, and looks back into the room.
     std::vector<std::array<double, 2>> Outline(double from, double to) {
+        if (options_.allOpen) return {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
         const double width = to - from;
         const double low = from + Between(0.02, 0.4) * width;
         const double high = to - Between(0.02, 0.4) * width;

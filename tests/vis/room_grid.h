@@ -16,6 +16,7 @@ struct RoomGridOptions {
     double roomSize = 128;
     int32_t maxOpenings = 2;  // in one wall; each is at least 0
     int32_t maxCorners = 4;   // 4: rectangles; more: also other convex polygons
+    bool allOpen = false;     // each wall is one opening: a cube of air, cut into cells
     bool tilted = false;      // turned, so that no plane is axial
     uint32_t seed = 1;
 };
