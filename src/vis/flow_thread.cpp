@@ -12,8 +12,7 @@
 namespace k2k {
 namespace {
 
-constexpr double SameNormal = 0.01;      // per component: a view cannot leave through the plane that it came in by
-constexpr int64_t WorthRemembering = 4;  // calls that a view has cost; those of less are cheaper to follow again
+constexpr double SameNormal = 0.01;  // per component: a view cannot leave through the plane that it came in by
 
 // The largest sum of a point's coordinates.
 double SizeOf(const VisGraph& graph) {
@@ -238,9 +237,8 @@ bool FlowThread::IsRepeated(const FlowFrame& frame) const {
 
 // Recursions depend on the way that a view has come; what has met one may go further on another way.
 void FlowThread::Remember(const FlowFrame& frame) {
-    if (settings_.memoryLimit == 0 || frame.view.pass.empty()) return;
-    if (regionFlowCalls_ - frame.callsBefore < WorthRemembering || recursions_ != frame.recursionsBefore) return;
-    memory_.Add(frame.view, frame.mightSee);
+    if (settings_.memoryLimit == 0 || frame.view.pass.empty() || recursions_ != frame.recursionsBefore) return;
+    memory_.Add(frame.view, frame.mightSee, regionFlowCalls_ - frame.callsBefore);
 }
 
 void FlowThread::EnterRegion(FlowFrame& frame) {
