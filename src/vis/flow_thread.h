@@ -15,7 +15,7 @@ struct FlowSettings {
     int32_t level = 2;  // number of separator tests, 0 to 4
     float eps = 0.05F;
     size_t waitingLimit = size_t{16} << 20U;  // bytes of waiting branches that one job may hold
-    size_t memoryLimit = size_t{64} << 20U;   // bytes for the views that one worker remembers; 0 for none
+    size_t memoryLimit = size_t{32} << 20U;   // bytes for the views that one worker remembers; 0 for none
 };
 
 // The portals in the order in which a single worker takes them: by mightSeeCount, then by number.
