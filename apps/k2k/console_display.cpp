@@ -134,10 +134,10 @@ void ConsoleDisplay::Draw() {
     if (!progressIsTerminal_) return;
     if (column_ == 0) {
         linePlace = LinePlace::OnCursorLine;
-        WriteAll(STDERR_FILENO, "\r" + ProgressLine() + "\033[K");
+        WriteAll(STDERR_FILENO, std::string("\r").append(ProgressLine()).append("\033[K"));
     } else {
         linePlace = LinePlace::BelowText;
-        WriteAll(STDERR_FILENO, "\n\r" + ProgressLine() + "\033[K" + ToText());
+        WriteAll(STDERR_FILENO, std::string("\n\r").append(ProgressLine()).append("\033[K").append(ToText()));
     }
 }
 

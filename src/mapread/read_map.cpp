@@ -20,7 +20,7 @@ void NumberModels() {
     for (size_t i = 0; i < Entities().size(); ++i) {
         CEntity& entity = Entities()[i];
         if (static_cast<int32_t>(i) == level || entity.blocks.empty()) continue;
-        SetKey(entity.keys, "model", "*" + std::to_string(++model));
+        SetKey(entity.keys, "model", std::string("*").append(std::to_string(++model)));
     }
 }
 
