@@ -61,6 +61,7 @@ class WaitingBranchesTest : public BuildState {
         options.size = {4, 4, 2};
         options.seed = seed;
         options.tilted = seed % 2 == 0;
+        options.allOpen = seed > 2;
         VisGraph graph = ReadGrid(options);
         BasePortalVis(graph, Eps);
         return graph;
