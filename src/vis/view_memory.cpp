@@ -2,6 +2,7 @@
 #include "vis/view_memory.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 #include <span>
@@ -53,7 +54,7 @@ bool ViewMemory::Holds(const FlowView& view, const Word* mightSee) const {
     int32_t bitCount = -1;  // of mightSee, counted when first needed
     for (uint32_t at = heads_[view.hash & (heads_.size() - 1)]; at != NoEntry; at = entries_[at].next) {
         const Entry& entry = entries_[at];
-        if (entry.hash != view.hash || !(ViewOf(entry) == view)) continue;
+        if (entry.hash != view.hash || ViewOf(entry) != view) continue;
         if (bitCount < 0) bitCount = CountBits(mightSee, rowWords_);
         int32_t shared = 0;
         const SparseRow row = RowOf(entry);

@@ -1,6 +1,7 @@
 // Maps that no editor writes: cut anywhere, with counts, numbers and names beyond all measure. Each is read or refused.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
@@ -133,11 +134,19 @@ TEST_F(HostileMaps, EveryKindOfItemIsCutAtEachByte) {
 TEST_F(HostileMaps, WholeExamplesAreCutAtManyBytes) {
     const char* given = std::getenv("K2K_CUT_STEP");
     const size_t step = given == nullptr ? 131 : std::stoul(given);
+    size_t cuts = 0;
     for (const auto& entry : fs::recursive_directory_iterator(ExampleFolder())) {
         if (entry.path().extension() != ".$$M") continue;
         const std::string text = ReadFile(entry.path());
-        for (size_t size = 0; size < text.size(); size += step) Reading(text.substr(0, size));
+        for (size_t size = 0; size < text.size(); size += step, ++cuts) {
+            const std::string part = text.substr(0, size);
+            const std::string message = Reading(part);
+            if (std::count(part.begin(), part.end(), '{') > std::count(part.begin(), part.end(), '}')) {
+                EXPECT_NE(message, "") << entry.path() << " cut at " << size;
+            }
+        }
     }
+    EXPECT_GT(cuts, 1000U);
 }
 
 TEST_F(HostileMaps, ACutExampleBuildsOrEndsWithAMessage) {
